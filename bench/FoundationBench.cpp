@@ -1,0 +1,86 @@
+// Typed reads and writes of a few megabytes through the in-memory stream and a real file.
+#include "foundation/HexFunctions.h"
+
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <string>
+
+using namespace velmora;
+
+namespace {
+
+constexpr int kValues = 1 << 20;  // 4 MB of 32-bit values
+
+void writeValues(int16_t file) {
+    for (int i = 0; i < kValues; ++i) hex::writeLong(file, i);
+}
+
+void BM_MemoryWriteLong(benchmark::State& state) {
+    for (auto _ : state) {
+        hex::MemoryWriter writer;
+        writeValues(writer.file());
+        benchmark::DoNotOptimize(writer.take());
+    }
+    state.SetBytesProcessed(state.iterations() * kValues * 4);
+}
+BENCHMARK(BM_MemoryWriteLong)->Unit(benchmark::kMillisecond);
+
+void BM_MemoryReadLong(benchmark::State& state) {
+    hex::MemoryWriter writer;
+    writeValues(writer.file());
+    const std::string bytes = writer.take();
+    for (auto _ : state) {
+        hex::MemoryReader reader(bytes);
+        int64_t sum = 0;
+        for (int i = 0; i < kValues; ++i) sum += hex::readLong(reader.file());
+        benchmark::DoNotOptimize(sum);
+    }
+    state.SetBytesProcessed(state.iterations() * kValues * 4);
+}
+BENCHMARK(BM_MemoryReadLong)->Unit(benchmark::kMillisecond);
+
+std::string benchFile() {
+    return (std::filesystem::temp_directory_path() / "velmora-bench.bin").string();
+}
+
+void BM_FileWriteLong(benchmark::State& state) {
+    const std::string path = benchFile();
+    for (auto _ : state) {
+        std::remove(path.c_str());
+        const int16_t file = hex::nextFreeFile();
+        hex::openBinaryFile(file, path);
+        writeValues(file);
+        hex::closeFile(file);
+    }
+    std::remove(path.c_str());
+    state.SetBytesProcessed(state.iterations() * kValues * 4);
+}
+BENCHMARK(BM_FileWriteLong)->Unit(benchmark::kMillisecond);
+
+void BM_FileReadLong(benchmark::State& state) {
+    const std::string path = benchFile();
+    std::remove(path.c_str());
+    {
+        const int16_t file = hex::nextFreeFile();
+        hex::openBinaryFile(file, path);
+        writeValues(file);
+        hex::closeFile(file);
+    }
+    for (auto _ : state) {
+        const int16_t file = hex::nextFreeFile();
+        hex::openReadOnlyFile(file, path);
+        int64_t sum = 0;
+        for (int i = 0; i < kValues; ++i) sum += hex::readLong(file);
+        hex::closeFile(file);
+        benchmark::DoNotOptimize(sum);
+    }
+    std::remove(path.c_str());
+    state.SetBytesProcessed(state.iterations() * kValues * 4);
+}
+BENCHMARK(BM_FileReadLong)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+
+BENCHMARK_MAIN();

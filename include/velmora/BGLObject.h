@@ -1,0 +1,31 @@
+#pragma once
+
+#include <velmora/ModelList.h>
+#include <velmora/XMLBGLSectionList.h>
+
+#include <memory>
+#include <string>
+
+namespace velmora {
+
+// Finds the models of an XML-style compiled BGL file and loads each as an MDLObject.
+class BGLObject {
+public:
+    BGLObject();
+    ~BGLObject();
+
+    // True when the file exists and starts with the magic 513 (bytes 01 02).
+    bool isXMLBGL(const std::string& f);
+    // Walks the file's tables; the models of its last mdl section go to ModelList.
+    // A missing file does nothing.
+    void readXMLBGL(const std::string& f);
+    std::shared_ptr<velmora::ModelList> ModelList() const { return modelList_; }
+
+private:
+    void fillModels(int16_t file);
+
+    std::shared_ptr<velmora::ModelList> modelList_;
+    std::shared_ptr<XMLBGLSectionList> sections_;
+};
+
+}  // namespace velmora

@@ -1,0 +1,134 @@
+#pragma once
+
+#include <velmora/BGLCommandList.h>
+#include <velmora/BGLOpcodeDictionary.h>
+#include <velmora/BoundingBox.h>
+#include <velmora/MDLHeader.h>
+#include <velmora/MaterialList.h>
+#include <velmora/TextureList.h>
+#include <velmora/VertexList.h>
+#include <velmora/seasonalTextures.h>
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace velmora {
+
+class OpenGLPreviewObject;
+class DrawListSink;
+
+// How far a load (or the preparation of the preview) has got.
+enum LoadingStatus : int32_t {
+    loadingHEAD = 0,
+    loadingMATE = 1,
+    loadingTEXT = 2,
+    loadingVERT = 3,
+    loadingBGL = 4,
+    generatingDrawList = 5,
+};
+
+// One section of the model file. Size 0 means absent: the section is not saved.
+struct RIFFSection {
+    std::string tag;
+    int32_t size = 0;
+    std::string data;
+    int16_t parent = 0;
+};
+
+// A scenery MDL model: the RIFF file of form "MDL9", split into its 19 known sections, with
+// the header, bounding box, materials, textures, vertices and command stream decoded.
+class MDLObject {
+public:
+    MDLObject();
+    ~MDLObject();
+    MDLObject(const MDLObject&) = delete;
+    MDLObject& operator=(const MDLObject&) = delete;
+
+    // True once the preview is ready (glPreparepreview); a load alone leaves it false.
+    bool Loaded() const { return loaded_; }
+    velmora::LoadingStatus LoadingStatus() const { return loadingStatus_; }
+    // The decoded objects; none (nullptr) before the first load.
+    std::shared_ptr<velmora::TextureList> TextureList() const { return textureList_; }
+    std::shared_ptr<velmora::MaterialList> MaterialList() const { return materialList_; }
+    std::shared_ptr<velmora::VertexList> VertexList() const { return vertexList_; }
+    std::shared_ptr<velmora::BGLCommandList> BGLCommandList() const { return commandList_; }
+    std::shared_ptr<velmora::BoundingBox> BoundingBox() const { return boundingBox_; }
+    std::shared_ptr<velmora::MDLHeader> MDLHeader() const { return header_; }
+
+    std::string getISFT() const;
+    void setISFT(const std::string& data);
+    // Index of a tag (exact, case-sensitive), or -1.
+    int16_t getRIFFSectionIndex(const std::string& t) const;
+    // Size of section 0 to 19; anything else is error 9.
+    int32_t getRIFFSectionSize(int16_t i) const;
+    int16_t getNumRIFFSections() const { return 19; }
+    // The tag and the payload of section 0 to 19; anything else is error 9.
+    std::string getRIFFSectionTag(int16_t i) const;
+    std::string getRIFFSectionData(int16_t i) const;
+
+    // Loads a model file. A missing or unreadable file fails like one that isn't a model.
+    void readMDL(const std::string& file);
+    // Loads a model from the bytes of a whole model file, as readMDL does from a file;
+    // `path` is what MDLPath is set to.
+    void readMDLBytes(std::string_view bytes, const std::string& path = "");
+
+    // Preview (needs a current OpenGL context, see OpenGLPreviewObject).
+    void glPreparepreview(const std::shared_ptr<OpenGLPreviewObject>& oglPreview);
+    void glLoadTextureList(const std::shared_ptr<OpenGLPreviewObject>& oglPObj);
+    void glGenerateDrawList();
+    // The same walk, emitted to any sink (a recorder, say) instead of OpenGL.
+    void glGenerateDrawList(DrawListSink& sink);
+    void glDrawMDL(float heading, float pitch, float panX, float panY, float picWidth,
+                   float picHeigth, int32_t hDC, float zoom);
+
+    // Saving.
+    void saveMDL(const std::string& file);
+    void updateData();
+    void updateSectionSize();
+    void cleanDICT();
+
+    // Editing.
+    void removeKillShadow();
+    void addKillShadow();
+    void fixLights();
+    seasonalTextures readSeasonalDates(int16_t parent) const;
+    void updateTextureSize();
+    void recalcTextureSizes();
+
+    // Export.
+    void exportASM(const std::string& f);
+    void exportFLT(const std::string& f, const std::string& texFormat, bool saveATTR = true,
+                   float extraRotation = 0);
+
+    void MDLPath(const std::string& value) { mdlPath_ = value; }
+    // The path of the last load (or the one a host gave).
+    const std::string& path() const { return mdlPath_; }
+
+    // Section table access for the library's own members.
+    RIFFSection& section(int index) { return sectionTable_[static_cast<std::size_t>(index)]; }
+    const RIFFSection& section(int index) const {
+        return sectionTable_[static_cast<std::size_t>(index)];
+    }
+    int16_t drawListId() const { return drawListId_; }
+
+private:
+    void requireLoaded() const;
+
+    std::array<RIFFSection, 20> sectionTable_;
+    std::shared_ptr<velmora::MaterialList> materialList_;
+    std::shared_ptr<velmora::TextureList> textureList_;
+    std::shared_ptr<velmora::VertexList> vertexList_;
+    std::shared_ptr<velmora::BGLCommandList> commandList_;
+    BGLOpcodeDictionary opcodeDictionary_;
+    std::shared_ptr<velmora::BoundingBox> boundingBox_;
+    std::shared_ptr<velmora::MDLHeader> header_;
+    bool loaded_ = false;
+    int16_t drawListId_ = 0;
+    std::string mdlPath_;
+    velmora::LoadingStatus loadingStatus_ = loadingHEAD;
+};
+
+}  // namespace velmora

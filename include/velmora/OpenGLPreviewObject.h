@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace velmora {
+
+// The preview's link to a drawing surface: makes the OpenGL context and turns image files
+// into OpenGL textures.
+class OpenGLPreviewObject {
+public:
+    OpenGLPreviewObject();
+    ~OpenGLPreviewObject();
+    OpenGLPreviewObject(const OpenGLPreviewObject&) = delete;
+    OpenGLPreviewObject& operator=(const OpenGLPreviewObject&) = delete;
+
+    // Makes an OpenGL context on surface `h` (see PreviewSurface.h) current on this thread.
+    // Error 100 "Could not initialize OpenGL" when there is no suitable configuration.
+    void initOpenGL(int32_t h);
+    bool openGLInit() const { return openGLInit_; }
+    // Loads an image file as a texture and gives its texture name; 0 for an empty path.
+    int32_t loadTexture(const std::string& s);
+
+private:
+    bool openGLInit_ = false;
+    int32_t renderContext_ = 0;
+    int32_t deviceContext_ = 0;
+};
+
+}  // namespace velmora

@@ -1,0 +1,135 @@
+#include "foundation/BinaryStream.h"
+
+#include "foundation/Errors.h"
+#include "foundation/FileSystem.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+namespace velmora {
+
+void MemoryStream::read(void* target, std::size_t count) {
+    const std::string_view data = bytes();
+    auto* out = static_cast<unsigned char*>(target);
+    std::size_t available = 0;
+    if (offset_ >= 0 && offset_ < static_cast<int64_t>(data.size())) {
+        available = std::min(count, data.size() - static_cast<std::size_t>(offset_));
+        std::memcpy(out, data.data() + offset_, available);
+    }
+    if (available < count) std::memset(out + available, 0, count - available);
+    offset_ += static_cast<int64_t>(count);
+}
+
+void MemoryStream::makeOwned() {
+    if (viewOnly_) {
+        buffer_.assign(view_.data(), view_.size());
+        viewOnly_ = false;
+    }
+}
+
+void MemoryStream::write(const void* source, std::size_t count) {
+    makeOwned();
+    const auto end = static_cast<std::size_t>(offset_) + count;
+    if (buffer_.size() < end) {
+        if (buffer_.size() == static_cast<std::size_t>(offset_)) {
+            buffer_.append(static_cast<const char*>(source), count);
+            offset_ += static_cast<int64_t>(count);
+            return;
+        }
+        buffer_.resize(end, '\0');
+    }
+    std::memcpy(buffer_.data() + offset_, source, count);
+    offset_ += static_cast<int64_t>(count);
+}
+
+std::string MemoryStream::take() {
+    makeOwned();
+    offset_ = 0;
+    return std::move(buffer_);
+}
+
+FileStream::FileStream(const std::string& path, bool writable) : path_(path) {
+    errno = 0;
+    if (writable) {
+        file_ = std::fopen(path.c_str(), "r+b");
+        if (file_ == nullptr && errno == ENOENT) file_ = std::fopen(path.c_str(), "w+b");
+    } else {
+        file_ = std::fopen(path.c_str(), "rb");
+    }
+    if (file_ == nullptr) raiseOpenError(errno, path);
+    if (std::fseek(file_, 0, SEEK_END) == 0) knownLength_ = std::ftell(file_);
+    std::fseek(file_, 0, SEEK_SET);
+}
+
+FileStream::~FileStream() {
+    if (file_ != nullptr) std::fclose(file_);
+}
+
+void FileStream::placeAt(bool forWriting) {
+    // A stdio stream needs a seek between reading and writing.
+    if (!positioned_ || lastWasWrite_ != forWriting) {
+        if (offset_ > knownLength_ && !forWriting) {
+            positioned_ = false;
+            return;
+        }
+        std::fseek(file_, static_cast<long>(offset_), SEEK_SET);
+        positioned_ = true;
+    }
+    lastWasWrite_ = forWriting;
+}
+
+void FileStream::read(void* target, std::size_t count) {
+    auto* out = static_cast<unsigned char*>(target);
+    std::size_t got = 0;
+    if (offset_ < knownLength_) {
+        placeAt(false);
+        got = std::fread(out, 1, count, file_);
+    } else {
+        positioned_ = false;
+    }
+    if (got < count) {
+        std::memset(out + got, 0, count - got);
+        positioned_ = false;
+    }
+    offset_ += static_cast<int64_t>(count);
+}
+
+void FileStream::write(const void* source, std::size_t count) {
+    if (offset_ > knownLength_) {
+        // Fill the gap that a seek beyond the end left.
+        std::fseek(file_, 0, SEEK_END);
+        static const char zeros[256] = {};
+        int64_t gap = offset_ - knownLength_;
+        while (gap > 0) {
+            const auto chunk = static_cast<std::size_t>(std::min<int64_t>(gap, sizeof zeros));
+            if (std::fwrite(zeros, 1, chunk, file_) != chunk) raiseFileError(errno);
+            gap -= static_cast<int64_t>(chunk);
+        }
+        knownLength_ = offset_;
+        positioned_ = true;
+        lastWasWrite_ = true;
+    }
+    placeAt(true);
+    if (std::fwrite(source, 1, count, file_) != count) raiseFileError(errno);
+    offset_ += static_cast<int64_t>(count);
+    if (offset_ > knownLength_) knownLength_ = offset_;
+}
+
+void FileStream::seek(int64_t offset) {
+    offset_ = offset;
+    positioned_ = false;
+}
+
+int64_t FileStream::length() const { return knownLength_; }
+
+void FileStream::close() {
+    if (file_ == nullptr) return;
+    const bool failed = std::fflush(file_) != 0;
+    const int error = errno;
+    const bool closeFailed = std::fclose(file_) != 0;
+    file_ = nullptr;
+    if (failed || closeFailed) raiseFileError(error);
+}
+
+}  // namespace velmora

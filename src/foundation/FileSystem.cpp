@@ -1,0 +1,133 @@
+#include "foundation/FileSystem.h"
+
+#include "foundation/Errors.h"
+#include "foundation/GeneralFunctions.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+
+namespace velmora {
+
+void raiseOpenError(int errnoValue, const std::string& path) {
+    if (errnoValue == ENOENT) {
+        const std::string folder = folderOfPath(path);
+        std::error_code ignored;
+        if (folder != path && !folder.empty() && !std::filesystem::is_directory(folder, ignored)) {
+            raisePlatformError(kPathNotFound);
+        }
+    }
+    raiseFileError(errnoValue);
+}
+
+namespace fs {
+
+namespace stdfs = std::filesystem;
+
+bool fileExists(const std::string& path) {
+    std::error_code ignored;
+    return !path.empty() && stdfs::is_regular_file(path, ignored);
+}
+
+void deleteFile(const std::string& path, bool force) {
+    if (!fileExists(path)) raisePlatformError(kFileNotFound);
+    if (!force && access(path.c_str(), W_OK) != 0 && errno == EACCES) {
+        raisePlatformError(kPermissionDenied);
+    }
+    if (std::remove(path.c_str()) != 0) raiseFileError(errno);
+}
+
+void copyFile(const std::string& source, const std::string& target, bool overwrite) {
+    std::error_code code;
+    const auto options =
+        overwrite ? stdfs::copy_options::overwrite_existing : stdfs::copy_options::none;
+    if (!fileExists(source)) raisePlatformError(kFileNotFound);
+    if (!stdfs::copy_file(source, target, options, code) || code) {
+        if (code == std::errc::file_exists) raisePlatformError(kPathFileAccessError);
+        raiseOpenError(code.value(), target);
+    }
+}
+
+int32_t fileSize(const std::string& path) {
+    std::error_code code;
+    const auto size = stdfs::file_size(path, code);
+    if (code) raiseFileError(code);
+    if (size > static_cast<std::uintmax_t>(std::numeric_limits<int32_t>::max())) {
+        raisePlatformError(kOverflow);
+    }
+    return static_cast<int32_t>(size);
+}
+
+std::string readWholeFile(const std::string& path) {
+    std::FILE* file = std::fopen(path.c_str(), "rb");
+    if (file == nullptr) raiseOpenError(errno, path);
+    std::string bytes;
+    if (std::fseek(file, 0, SEEK_END) == 0) {
+        const long size = std::ftell(file);
+        if (size > 0) bytes.resize(static_cast<std::size_t>(size));
+        std::fseek(file, 0, SEEK_SET);
+    }
+    const std::size_t got = bytes.empty() ? 0 : std::fread(bytes.data(), 1, bytes.size(), file);
+    const bool failed = std::ferror(file) != 0;
+    const int error = errno;
+    std::fclose(file);
+    if (failed) raiseFileError(error);
+    bytes.resize(got);
+    return bytes;
+}
+
+void replaceFile(const std::string& path, const std::string& bytes) {
+    const std::string folder = folderOfPath(path);
+    std::error_code ignored;
+    if (folder != path && !folder.empty() && !stdfs::is_directory(folder, ignored)) {
+        raisePlatformError(kPathNotFound);
+    }
+    if (fileExists(path) && access(path.c_str(), W_OK) != 0) raisePlatformError(kPermissionDenied);
+
+    static std::atomic<unsigned> counter{0};
+    const std::string temporary = path + ".velmora-" + std::to_string(getpid()) + "-" +
+                                  std::to_string(counter.fetch_add(1)) + ".tmp";
+    std::FILE* file = std::fopen(temporary.c_str(), "wb");
+    if (file == nullptr) raiseOpenError(errno, temporary);
+    const bool written = bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
+    int error = errno;
+    const bool flushed = std::fflush(file) == 0;
+    if (written && !flushed) error = errno;
+    const bool closed = std::fclose(file) == 0;
+    if (!written || !flushed || !closed) {
+        std::remove(temporary.c_str());
+        raiseFileError(error);
+    }
+    // Keep the permissions of the file that is replaced.
+    struct stat old {};
+    if (stat(path.c_str(), &old) == 0) chmod(temporary.c_str(), old.st_mode & 07777);
+    if (std::rename(temporary.c_str(), path.c_str()) != 0) {
+        error = errno;
+        std::remove(temporary.c_str());
+        raiseFileError(error);
+    }
+}
+
+std::string joinPath(const std::string& folder, const std::string& name) {
+    if (folder.empty()) return name;
+    if (folder.back() == '/' || folder.back() == '\\') return folder + name;
+    return folder + "/" + name;
+}
+
+std::string joinInside(const std::string& folder, const std::string& name) {
+    // Keep only the last component, whichever separator the name uses.
+    std::string last = name;
+    const auto cut = last.find_last_of("/\\");
+    if (cut != std::string::npos) last = last.substr(cut + 1);
+    if (last == ".." || last == ".") last.clear();
+    return joinPath(folder, last);
+}
+
+}  // namespace fs
+}  // namespace velmora

@@ -1,0 +1,105 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+// Typed binary access to files and in-memory byte strings, addressed by file numbers.
+// Every value is little-endian unless a write is told to swap. Reads past the end give 0, or
+// a string of the asked length whose missing part is NUL bytes.
+//
+// File numbers belong to the calling thread: two threads never share one, so models can be
+// loaded side by side.
+namespace velmora::hex {
+
+// A file number from 1 to 255 that isn't in use on this thread; error 75 when all are taken.
+int16_t nextFreeFile();
+// Opens `path` for reading and writing at position 1; a missing file is created empty.
+void openBinaryFile(int16_t file, const std::string& path);
+// Opens `path` for reading only; a missing file is error 53. Reading never changes a file.
+void openReadOnlyFile(int16_t file, const std::string& path);
+// Opens a read-only stream over `bytes`, which must outlive it.
+void openMemoryReader(int16_t file, std::string_view bytes);
+// Opens an empty in-memory stream to be written.
+void openMemoryWriter(int16_t file);
+// Closes an in-memory stream and gives its bytes.
+std::string takeMemoryBytes(int16_t file);
+
+int32_t filePosition(int16_t file);
+// Length in bytes of the open stream.
+int64_t fileLength(int16_t file);
+void seekFile(int16_t file, int32_t position);
+void closeFile(int16_t file);
+
+int16_t readInteger(int16_t file);
+int32_t readUInteger(int16_t file);
+int32_t readLong(int16_t file);
+float readSingle(int16_t file);
+std::string readString(int16_t file, int32_t length);
+uint8_t readByte(int16_t file);
+
+void writeInteger(int16_t file, int16_t value, bool swap = false);
+void writeUInteger(int16_t file, int32_t value, bool swap = false);
+void writeLong(int16_t file, int32_t value, bool swap = false);
+void writeSingle(int16_t file, float value, bool swap = false);
+void writeDouble(int16_t file, double value, bool swap = false);
+// `length` of 1 or more writes a fixed field: the value and NUL bytes up to `length`; a longer
+// value is error 100 and nothing is written. `length` below 1 writes the value unchanged.
+void writeString(int16_t file, std::string_view value, int16_t length);
+void writeByte(int16_t file, uint8_t value);
+
+// The scratch file "temp.bin" in the application folder.
+std::string tempFilePath();
+void openTempFile(int16_t file);
+void reopenTempFile(int16_t file);
+void closeTempFile(int16_t file);
+int32_t tempFileSize();
+
+int32_t swapLong(int32_t value);
+int16_t swapInteger(int16_t value);
+std::string swapSingle(float value);
+double swapDouble(double value);
+
+// Opens a byte string for typed reads under a fresh file number and closes it when it goes.
+class MemoryReader {
+public:
+    explicit MemoryReader(std::string_view bytes);
+    ~MemoryReader();
+    MemoryReader(const MemoryReader&) = delete;
+    MemoryReader& operator=(const MemoryReader&) = delete;
+    int16_t file() const { return file_; }
+
+private:
+    int16_t file_;
+};
+
+// Opens an in-memory stream for typed writes; take() gives the byte string built.
+class MemoryWriter {
+public:
+    MemoryWriter();
+    ~MemoryWriter();
+    MemoryWriter(const MemoryWriter&) = delete;
+    MemoryWriter& operator=(const MemoryWriter&) = delete;
+    int16_t file() const { return file_; }
+    std::string take();
+
+private:
+    int16_t file_;
+};
+
+// Closes a file number on the way out of a scope, also when an error passes.
+class ScopedFile {
+public:
+    explicit ScopedFile(int16_t file) : file_(file) {}
+    ~ScopedFile();
+    ScopedFile(const ScopedFile&) = delete;
+    ScopedFile& operator=(const ScopedFile&) = delete;
+    int16_t file() const { return file_; }
+    // Closes now, so that an error of the close reaches the caller.
+    void close();
+
+private:
+    int16_t file_;
+};
+
+}  // namespace velmora::hex
