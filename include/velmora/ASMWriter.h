@@ -25,6 +25,7 @@ public:
 
 private:
     int16_t asmFile_ = -1;
+    bool fileOpen_ = false;  // asmFile_ keeps its number after closeASM
 };
 
 }  // namespace velmora
