@@ -33,6 +33,7 @@ enum Opcode : int16_t {
 };
 
 constexpr int16_t kIdWidth = 8;
+constexpr std::string_view kPrimaryRed{"\xFF\x00\x00\xFF", 4};  // a, b, g, r
 
 // Today's date in the short numeric form month/day/year ("11/22/2026"), without the time.
 std::string todaysShortDate() {
@@ -166,9 +167,9 @@ void OpenFlightWriter::writeFace(const std::string& name, int32_t Color, int16_t
     out.int32(0);   // flags
     out.byte(2);    // light mode: face colour with vertex normals
     out.zeros(7);
-    out.raw("\xFF\x00\x00\xFF");  // packed primary colour a, b, g, r
-    out.int32(0);                 // packed alternate colour
-    out.int16(-1);                // no texture mapping
+    out.raw(kPrimaryRed);  // packed primary colour
+    out.int32(0);          // packed alternate colour
+    out.int16(-1);         // no texture mapping
     out.int16(0);
     out.int32(primaryColorIndex);  // palette entry Color at full intensity
     out.int32(-1);                 // alternate colour index
