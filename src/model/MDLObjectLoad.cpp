@@ -42,12 +42,14 @@ void readSectionTable(MDLObject& model, int16_t file) {
 }  // namespace
 
 void MDLObject::readMDL(const std::string& file) {
+    // A file that is missing or can't be read holds no "RIFF" tag: it fails like an empty one.
     std::string bytes;
-    try {
-        bytes = fs::readWholeFile(file);
-    } catch (const Error&) {
-        // A file that can't be read holds no "RIFF" tag: it fails below like an empty one.
-        bytes.clear();
+    if (fs::fileExists(file)) {
+        try {
+            bytes = fs::readWholeFile(file);
+        } catch (const Error&) {
+            bytes.clear();
+        }
     }
     readMDLBytes(bytes, file);
 }
