@@ -51,7 +51,12 @@ ASMWriter::ASMWriter() = default;
 
 // A writer released with its listing still open (after an error, say) closes it.
 ASMWriter::~ASMWriter() {
-    if (fileOpen_) hex::closeFile(asmFile_);
+    if (!fileOpen_) return;
+    try {
+        hex::closeFile(asmFile_);
+    } catch (const Error&) {
+        // Released on the way out of an error: the close of the remains doesn't add to it.
+    }
 }
 
 void ASMWriter::createASM(const std::string& file) {

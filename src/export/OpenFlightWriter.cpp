@@ -2,6 +2,7 @@
 
 #include "export/BigEndianRecord.h"
 #include "export/OpenFlightNames.h"
+#include "foundation/Errors.h"
 #include "foundation/FileSystem.h"
 #include "foundation/GeneralFunctions.h"
 #include "foundation/HexFunctions.h"
@@ -59,7 +60,12 @@ OpenFlightWriter::OpenFlightWriter() = default;
 
 // A writer released with its database still open (after an error, say) closes it.
 OpenFlightWriter::~OpenFlightWriter() {
-    if (dbFile_ != 0) hex::closeFile(dbFile_);
+    if (dbFile_ == 0) return;
+    try {
+        hex::closeFile(dbFile_);
+    } catch (const Error&) {
+        // Released on the way out of an error: the close of the remains doesn't add to it.
+    }
 }
 
 void OpenFlightWriter::createDB(const std::string& file) {

@@ -92,7 +92,7 @@ TEST(ExportFLT, EmptyStreamGivesPalettesAndTheBalancedHierarchy) {
     object.exportFLT(dir.file("empty.flt"), "png");
     const std::string db = readFile(dir.file("empty.flt"));
     const auto records = recordsOf(db);
-    ASSERT_EQ(records.size(), 19u);
+    ASSERT_EQ(records.size(), 18u);
     EXPECT_EQ(opcodesFrom(records, 0),
               (std::vector<int16_t>{1, 32, 113, 67, kPush, 2, kPush, 2, kPush, 73, kPush, 4, kPush,
                                     kPop, kPop, kPop, kPop, kPop}));

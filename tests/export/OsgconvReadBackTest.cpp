@@ -46,6 +46,25 @@ std::vector<Triangle> expectedTriangles(const modelbytes::Model& model) {
     return triangles;
 }
 
+// The face nodes the reader made, which the export names p1, p2 and so on.
+std::vector<std::string> faceNames(const osgreader::Scene& scene) {
+    std::vector<std::string> faces;
+    for (const auto& name : scene.nodeNames) {
+        if (name.size() > 1 && name[0] == 'p' &&
+            name.find_first_not_of("0123456789", 1) == std::string::npos) {
+            faces.push_back(name);
+        }
+    }
+    return faces;
+}
+
+std::vector<std::string> numberedFaces(std::size_t count) {
+    std::vector<std::string> names;
+    for (std::size_t i = 1; i <= count; ++i)
+        names.push_back("p" + std::to_string(i));
+    return names;
+}
+
 void expectSameTriangles(const std::vector<Triangle>& read, const std::vector<Triangle>& want) {
     ASSERT_EQ(read.size(), want.size());
     for (std::size_t i = 0; i < read.size(); ++i) {
@@ -63,7 +82,7 @@ osgreader::Scene exportAndRead(const TempDir& dir, const modelbytes::Model& mode
     MDLObject object;
     object.readMDLBytes(model.bytes());
     for (const auto& t : model.textures) {
-        std::string stem = t.name.substr(0, t.name.rfind('.'));
+        std::string stem = t.substr(0, t.rfind('.'));
         std::transform(stem.begin(), stem.end(), stem.begin(), ::tolower);
         writeTinyImage(dir.file(stem + ".tga"));
     }
@@ -80,6 +99,7 @@ TEST(OsgconvReadBack, TexturedModelComesBackWithItsFacesVerticesAndTextures) {
     const auto scene = exportAndRead(dir, model);
     ASSERT_TRUE(scene.loaded) << scene.messages;
     EXPECT_EQ(scene.messages, "");
+    EXPECT_EQ(faceNames(scene), numberedFaces(4));
     expectSameTriangles(scene.triangles, expectedTriangles(model));
     std::vector<std::string> files = scene.textureFiles;
     std::sort(files.begin(), files.end());
@@ -97,8 +117,10 @@ TEST(OsgconvReadBack, ModelsWithoutTrianglesOrWithoutTexturesLoad) {
         model.setMaterial(0, 0);
         model.end();
         const auto scene = exportAndRead(dir, model);
-        EXPECT_TRUE(scene.loaded) << scene.messages;
+        ASSERT_TRUE(scene.loaded) << scene.messages;
+        EXPECT_EQ(scene.messages, "");
         EXPECT_TRUE(scene.triangles.empty());
+        EXPECT_TRUE(faceNames(scene).empty());
     }
     {
         TempDir dir;
@@ -106,6 +128,7 @@ TEST(OsgconvReadBack, ModelsWithoutTrianglesOrWithoutTexturesLoad) {
         const auto scene = exportAndRead(dir, model);
         ASSERT_TRUE(scene.loaded) << scene.messages;
         EXPECT_EQ(scene.messages, "");
+        EXPECT_EQ(faceNames(scene), numberedFaces(3));
         expectSameTriangles(scene.triangles, expectedTriangles(model));
         EXPECT_TRUE(scene.textureFiles.empty());
     }

@@ -105,8 +105,10 @@ Scene readDatabase(const std::string& database) {
     Scene scene;
     const std::string output = database + ".osgt";
     const std::string log = database + ".log";
-    const std::string command = "timeout 60 " + quoted(osgconvProgram()) + " " + quoted(database) +
-                                " " + quoted(output) + " >" + quoted(log) + " 2>&1";
+    // Faces are kept apart; the reader would otherwise merge the ones that share a state.
+    const std::string command = "timeout 60 " + quoted(osgconvProgram()) + " -O preserveFace " +
+                                quoted(database) + " " + quoted(output) + " >" + quoted(log) +
+                                " 2>&1";
     const int status = std::system(command.c_str());
     std::istringstream messages(readFile(log));
     std::string line;

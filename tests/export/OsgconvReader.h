@@ -24,7 +24,7 @@ struct Scene {
 // The osgconv program, or "" when it is not installed.
 std::string osgconvProgram();
 
-// Converts `database` into `database` + ".osgt" and parses it.
+// Converts `database` into `database` + ".osgt", each face a node of its own, and parses it.
 Scene readDatabase(const std::string& database);
 
 }  // namespace osgreader
