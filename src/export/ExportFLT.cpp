@@ -38,7 +38,8 @@ class TriangleWalk {
   private:
     void writeTriangle(const BGLCommand& command) {
         faceCount_ = numbers::narrow16(int32_t{faceCount_} + 1);
-        const std::string name = "p" + numbers::formatInteger(faceCount_);
+        std::string name(1, 'p');
+        name += numbers::formatInteger(faceCount_);
         if (currentTexture_ == -1) {
             writer_.writeFace(name, currentMaterial_, -1, currentMaterial_);
         } else {
