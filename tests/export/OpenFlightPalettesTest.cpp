@@ -247,3 +247,17 @@ TEST(OpenFlightPalettes, ListsThatAreNotSetFailWithError91) {
     EXPECT_TRUE(throwsPlatform([&] { writer.writeColorPalette(nullptr); }, 91));
     EXPECT_TRUE(throwsPlatform([&] { writer.writeVertexPalette(nullptr, 0.0f); }, 91));
 }
+
+TEST(OpenFlightPalettes, BareDatabaseNameKeepsItsAttributeFilesInTheCurrentFolder) {
+    TempDir dir;
+    const auto previous = std::filesystem::current_path();
+    std::filesystem::current_path(dir.path());
+    {
+        OpenFlightWriter writer;
+        writer.createDB("bare.flt");
+        writer.writeTexturePalette(texturesNamed({"a.bmp"}), "png", true);
+        writer.closeDB();
+    }
+    std::filesystem::current_path(previous);
+    EXPECT_EQ(dir.listing(), "a.png.attr bare.flt");
+}
