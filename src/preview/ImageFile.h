@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+// The image layer of the preview, on FreeImage: reads texture files of any format it knows
+// and writes frames as PNG, all in memory.
+namespace velmora::image {
+
+// An image as glTexImage2D takes it with GL_BGR_EXT: 3 bytes a pixel in the order blue, green,
+// red, rows from the bottom of the image to the top, each row padded to a multiple of 4 bytes.
+struct TextureImage {
+    int32_t width = 0;
+    int32_t height = 0;
+    std::vector<uint8_t> bgrRows;
+};
+
+// Bytes of one padded row of `width` pixels.
+std::size_t paddedRowBytes(int32_t width);
+
+// Reads an image file (BMP, DDS, TGA, PNG, JPEG and the rest FreeImage knows); nothing when the
+// file is missing, unreadable or of no format known.
+std::optional<TextureImage> readTextureImage(const std::string& path);
+
+// Encodes RGB pixels, rows from top to bottom, as a PNG file's bytes.
+std::string encodePNG(const std::vector<uint8_t>& rgb, int32_t width, int32_t height);
+
+}  // namespace velmora::image

@@ -1,0 +1,32 @@
+#include <velmora/MDLObject.h>
+#include <velmora/OpenGLPreviewObject.h>
+
+#include "foundation/Errors.h"
+#include "foundation/Host.h"
+
+namespace velmora {
+
+void MDLObject::glLoadTextureList(const std::shared_ptr<OpenGLPreviewObject>& oglPObj) {
+    if (!textureList_) raisePlatformError(kObjectNotSet);
+    for (const auto& entry : textureList_->elements()) {
+        yieldToHost();
+        if (entry->file().empty()) {
+            entry->glPointer(0);
+            continue;
+        }
+        if (!oglPObj) raisePlatformError(kObjectNotSet);
+        // No cache: two entries with the same file get two texture names.
+        entry->glPointer(oglPObj->loadTexture(entry->file()));
+    }
+}
+
+void MDLObject::glPreparepreview(const std::shared_ptr<OpenGLPreviewObject>& oglPreview) {
+    loadingStatus_ = generatingDrawList;
+    yieldToHost();
+    glLoadTextureList(oglPreview);
+    yieldToHost();
+    glGenerateDrawList();
+    loaded_ = true;
+}
+
+}  // namespace velmora

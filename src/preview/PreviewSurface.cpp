@@ -1,0 +1,34 @@
+#include <velmora/PreviewSurface.h>
+
+#include "foundation/FileSystem.h"
+#include "preview/EglSurface.h"
+#include "preview/ImageFile.h"
+
+namespace velmora {
+
+int32_t createPreviewSurface(int32_t width, int32_t height) {
+    return egl::createSurface(width, height);
+}
+
+std::vector<uint8_t> previewSurfacePixels(int32_t hDC) {
+    return *egl::surfacePixels(hDC).rgb;
+}
+
+void savePreviewSurfacePNG(int32_t hDC, const std::string& path) {
+    const egl::SurfacePixels frame = egl::surfacePixels(hDC);
+    fs::replaceFile(path, image::encodePNG(*frame.rgb, frame.width, frame.height));
+}
+
+void destroyPreviewSurface(int32_t hDC) {
+    egl::destroySurface(hDC);
+}
+
+// Surfaces have no physical screen behind them; 15 twips a pixel is the usual 96 dots an inch.
+float TwipsPerPixelX() {
+    return 15.0f;
+}
+float TwipsPerPixelY() {
+    return 15.0f;
+}
+
+}  // namespace velmora

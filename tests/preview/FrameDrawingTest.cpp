@@ -1,0 +1,207 @@
+#include <velmora/Host.h>
+#include <velmora/MDLObject.h>
+#include <velmora/OpenGLPreviewObject.h>
+#include <velmora/PreviewSurface.h>
+
+#include "preview/ModelBytes.h"
+#include "support/ErrorMatchers.h"
+#include "support/TempDir.h"
+
+#include <FreeImage.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+using namespace velmora;
+using namespace modelbytes;
+
+namespace {
+
+constexpr int kSize = 256;
+
+// A flat 2 x 1 plate in the model's x-z plane, facing up its y axis: the left half in a red
+// material, the right half textured. Seen from above, it is wider than tall.
+std::string plateModel(const std::string& textures = text({"plate.bmp"})) {
+    const Material red{{1, 0, 0, 1}, {1, 0, 0, 1}, {0, 0, 0, 1}, {0, 0, 0, 1}, 0};
+    std::vector<Vert> corners;
+    for (float left : {-1.0f, 0.0f}) {
+        corners.push_back({left, 0, -0.5f, 0, 1, 0, 0, 0});
+        corners.push_back({left + 1, 0, -0.5f, 0, 1, 0, 1, 0});
+        corners.push_back({left + 1, 0, 0.5f, 0, 1, 0, 1, 1});
+        corners.push_back({left, 0, 0.5f, 0, 1, 0, 0, 1});
+    }
+    const std::string commands = setMaterial(0, -1) + triangleList(0, {{0, 1, 2}, {0, 2, 3}}) +
+                                 setMaterial(0, 0) + triangleList(4, {{0, 1, 2}, {0, 2, 3}}) +
+                                 bglEnd();
+    return model(bbox(-1, 0, -0.5f, 1, 0, 0.5f), mate({red}), textures, vert(corners), commands);
+}
+
+struct Pixel {
+    int r, g, b;
+    bool white() const { return r == 255 && g == 255 && b == 255; }
+};
+
+struct Frame {
+    std::vector<uint8_t> rgb;
+    Pixel at(int x, int y) const {
+        const std::size_t i = (static_cast<std::size_t>(y) * kSize + x) * 3;
+        return {rgb[i], rgb[i + 1], rgb[i + 2]};
+    }
+    // The drawn (non-white) part: its size and its extent.
+    int drawn = 0;
+    int left = kSize, right = -1, top = kSize, bottom = -1;
+    double centreX = 0;
+    double centreY = 0;
+};
+
+Frame measure(std::vector<uint8_t> rgb) {
+    Frame f{std::move(rgb)};
+    for (int y = 0; y < kSize; ++y) {
+        for (int x = 0; x < kSize; ++x) {
+            if (f.at(x, y).white()) continue;
+            ++f.drawn;
+            f.left = std::min(f.left, x);
+            f.right = std::max(f.right, x);
+            f.top = std::min(f.top, y);
+            f.bottom = std::max(f.bottom, y);
+            f.centreX += x;
+            f.centreY += y;
+        }
+    }
+    if (f.drawn > 0) {
+        f.centreX /= f.drawn;
+        f.centreY /= f.drawn;
+    }
+    return f;
+}
+
+void writeSolidBMP(const std::string& path, BYTE r, BYTE g, BYTE b) {
+    FIBITMAP* bitmap = FreeImage_Allocate(8, 8, 24);
+    RGBQUAD colour{b, g, r, 0};
+    FreeImage_FillBackground(bitmap, &colour, 0);
+    ASSERT_TRUE(FreeImage_Save(FIF_BMP, bitmap, path.c_str(), 0));
+    FreeImage_Unload(bitmap);
+}
+
+class FrameDrawing : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        surface_ = createPreviewSurface(kSize, kSize);
+        preview_->initOpenGL(surface_);
+        texturePath_ = dir_.file("green.bmp");
+        writeSolidBMP(texturePath_, 0, 255, 0);
+    }
+    void TearDown() override { destroyPreviewSurface(surface_); }
+
+    Frame draw(MDLObject& model, float heading, float pitch, float panX, float panY, float zoom) {
+        const float twips = kSize * TwipsPerPixelX();
+        model.glDrawMDL(heading, pitch, panX, panY, twips, twips, surface_, zoom);
+        return measure(previewSurfacePixels(surface_));
+    }
+
+    TempDir dir_;
+    int32_t surface_ = 0;
+    std::shared_ptr<OpenGLPreviewObject> preview_ = std::make_shared<OpenGLPreviewObject>();
+    std::string texturePath_;
+};
+
+}  // namespace
+
+TEST_F(FrameDrawing, ShowsThePlateCentredAndFollowsTheView) {
+    MDLObject model;
+    model.readMDLBytes(plateModel());
+    EXPECT_FALSE(model.Loaded());
+    model.TextureList()->Item(1)->file(texturePath_);
+    int yields = 0;
+    setYieldHook([&] { ++yields; });
+    model.glPreparepreview(preview_);
+    setYieldHook(nullptr);
+    // Twice for the preparation, once per texture, once per command.
+    EXPECT_EQ(yields, 2 + 1 + 9);
+    EXPECT_TRUE(model.Loaded());
+    EXPECT_EQ(model.LoadingStatus(), generatingDrawList);
+    EXPECT_NE(model.TextureList()->Item(1)->glPointer(), 0);
+    EXPECT_NE(model.drawListId(), 0);
+
+    const Frame base = draw(model, 0, 0, 0, 0, 100);
+    savePreviewSurfacePNG(surface_, testOutputFolder() + "/preview-plate.png");
+    // Seen down its y axis, the plate is 2 x 1 units; at the base distance the view reaches
+    // sqrt(5)/2 units from the centre to the edge, so a unit is 114.5 pixels.
+    EXPECT_NEAR(base.centreX, 127.5, 1.5);
+    EXPECT_NEAR(base.centreY, 127.5, 1.5);
+    EXPECT_NEAR(base.right - base.left + 1, 229, 3);
+    EXPECT_NEAR(base.bottom - base.top + 1, 115, 3);
+    // Left half lit red, right half showing its texture's green.
+    const Pixel red = base.at(70, 128);
+    EXPECT_GT(red.r, 200);
+    EXPECT_LT(red.g + red.b, 40);
+    const Pixel green = base.at(186, 128);
+    EXPECT_NEAR(green.r, 0, 3);
+    EXPECT_NEAR(green.g, 255, 3);
+    EXPECT_NEAR(green.b, 0, 3);
+
+    // Panning along the model's x moves it right by half a unit, 57 pixels.
+    const Frame panned = draw(model, 0, 0, 0.5f, 0, 100);
+    EXPECT_NEAR(panned.left - base.left, 57, 3);
+    // Panning along the model's z moves it up the screen.
+    const Frame raised = draw(model, 0, 0, 0, 0.25f, 100);
+    EXPECT_NEAR(base.top - raised.top, 29, 3);
+    // Zoom 200 halves the distance: the plate doubles in size.
+    const Frame near = draw(model, 0, 0, 0, 0, 200);
+    EXPECT_NEAR(near.bottom - near.top + 1, 229, 3);
+    EXPECT_GT(near.drawn, 2 * base.drawn);  // clipped at the sides
+    // A quarter turn of heading stands the plate upright on the screen.
+    const Frame turned = draw(model, 90, 0, 0, 0, 100);
+    EXPECT_NEAR(turned.right - turned.left + 1, 115, 3);
+    EXPECT_NEAR(turned.bottom - turned.top + 1, 229, 3);
+    savePreviewSurfacePNG(surface_, testOutputFolder() + "/preview-plate-turned.png");
+    // Pitched a quarter turn, the plate is seen edge on and culled or a line at most.
+    EXPECT_LT(draw(model, 0, 90, 0, 0, 100).drawn, 3 * kSize);
+}
+
+TEST_F(FrameDrawing, ZeroDivisorsRaiseAndKeepTheLastFrame) {
+    MDLObject model;
+    model.readMDLBytes(plateModel());
+    model.glPreparepreview(preview_);
+    const Frame last = draw(model, 30, 10, 0, 0, 100);
+    ASSERT_GT(last.drawn, 0);
+    const float twips = kSize * TwipsPerPixelX();
+    EXPECT_TRUE(
+        throwsPlatform([&] { model.glDrawMDL(0, 0, 0, 0, twips, twips, surface_, 0); }, 11));
+    EXPECT_EQ(previewSurfacePixels(surface_), last.rgb);
+    EXPECT_TRUE(throwsPlatform([&] { model.glDrawMDL(0, 0, 0, 0, twips, 0, surface_, 100); }, 11));
+    EXPECT_EQ(previewSurfacePixels(surface_), last.rgb);
+
+    // A model whose list was never made draws an empty white view.
+    MDLObject unprepared;
+    unprepared.readMDLBytes(plateModel());
+    EXPECT_EQ(draw(unprepared, 0, 0, 0, 0, 100).drawn, 0);
+}
+
+TEST_F(FrameDrawing, AnUnreadableTextureStopsThePreparation) {
+    MDLObject model;
+    model.readMDLBytes(plateModel(text({"a.bmp", "b.bmp", "c.bmp"})));
+    const std::string missing = dir_.file("missing.dds");
+    model.TextureList()->Item(1)->file(texturePath_);
+    model.TextureList()->Item(2)->file(missing);
+    model.TextureList()->Item(3)->file(texturePath_);
+    model.TextureList()->Item(3)->glPointer(-5);
+    EXPECT_TRUE(throwsError([&] { model.glPreparepreview(preview_); }, 100,
+                            "Velmora.OpenGLPreviewObject",
+                            "Loading Texture File: '" + missing + "' Failed!"));
+    EXPECT_FALSE(model.Loaded());
+    EXPECT_EQ(model.LoadingStatus(), generatingDrawList);
+    EXPECT_EQ(model.drawListId(), 0);
+    EXPECT_NE(model.TextureList()->Item(1)->glPointer(), 0);
+    EXPECT_EQ(model.TextureList()->Item(3)->glPointer(), -5);
+
+    // Without files there is nothing to load, and the preview is ready.
+    MDLObject plain;
+    plain.readMDLBytes(plateModel());
+    plain.TextureList()->Item(1)->glPointer(12);
+    plain.glPreparepreview(preview_);
+    EXPECT_TRUE(plain.Loaded());
+    EXPECT_EQ(plain.TextureList()->Item(1)->glPointer(), 0);
+}

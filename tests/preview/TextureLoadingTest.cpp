@@ -1,0 +1,197 @@
+#include <velmora/OpenGLPreviewObject.h>
+#include <velmora/PreviewSurface.h>
+
+#include "support/Bytes.h"
+#include "support/ErrorMatchers.h"
+#include "support/TempDir.h"
+
+#include <FreeImage.h>
+#include <GL/gl.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <functional>
+#include <string>
+#include <vector>
+
+using namespace velmora;
+using namespace testbytes;
+
+namespace {
+
+using Rgb = std::array<uint8_t, 3>;
+using Pattern = std::function<Rgb(int x, int y)>;  // y counts from the top row
+
+// Writes an image with FreeImage: 24 bits, or 8 bits with a palette of up to 256 colours
+// (the pattern then gives palette entries, red = index).
+void writeImage(const std::string& path, FREE_IMAGE_FORMAT format, int width, int height, int bits,
+                const Pattern& pattern) {
+    FIBITMAP* bitmap = FreeImage_Allocate(width, height, bits);
+    ASSERT_NE(bitmap, nullptr);
+    if (bits == 8) {
+        RGBQUAD* palette = FreeImage_GetPalette(bitmap);
+        for (int i = 0; i < 256; ++i) {
+            palette[i] = RGBQUAD{static_cast<BYTE>(255 - i), static_cast<BYTE>(i / 2),
+                                 static_cast<BYTE>(i), 0};
+        }
+    }
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            const Rgb c = pattern(x, y);
+            const unsigned row = static_cast<unsigned>(height - 1 - y);
+            if (bits == 8) {
+                BYTE index = c[0];
+                FreeImage_SetPixelIndex(bitmap, static_cast<unsigned>(x), row, &index);
+            } else {
+                RGBQUAD q{c[2], c[1], c[0], 255};
+                FreeImage_SetPixelColor(bitmap, static_cast<unsigned>(x), row, &q);
+            }
+        }
+    }
+    ASSERT_TRUE(FreeImage_Save(format, bitmap, path.c_str(), 0));
+    FreeImage_Unload(bitmap);
+}
+
+Rgb gradient(int x, int y) {
+    return {static_cast<uint8_t>(x * 7), static_cast<uint8_t>(y * 11),
+            static_cast<uint8_t>((x + y) * 3)};
+}
+
+Rgb paletteColour(int index) {
+    return {static_cast<uint8_t>(index), static_cast<uint8_t>(index / 2),
+            static_cast<uint8_t>(255 - index)};
+}
+
+// The texture as OpenGL holds it, read back as BGR rows from the bottom, 4-byte aligned.
+struct Texels {
+    int width = 0;
+    int height = 0;
+    std::vector<uint8_t> bgr;
+    Rgb at(int x, int yFromTop) const {
+        const std::size_t row = (static_cast<std::size_t>(width) * 3 + 3) / 4 * 4;
+        const std::size_t i = row * static_cast<std::size_t>(height - 1 - yFromTop) + x * 3;
+        return {bgr[i + 2], bgr[i + 1], bgr[i]};
+    }
+};
+
+Texels readTexture(int32_t name) {
+    Texels t;
+    glBindTexture(GL_TEXTURE_2D, static_cast<GLuint>(name));
+    glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_WIDTH, &t.width);
+    glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_HEIGHT, &t.height);
+    t.bgr.assign((static_cast<std::size_t>(t.width) * 3 + 3) / 4 * 4 * t.height, 0);
+    glGetTexImage(GL_TEXTURE_2D, 0, GL_BGR, GL_UNSIGNED_BYTE, t.bgr.data());
+    return t;
+}
+
+void expectImage(const Texels& t, int width, int height, const Pattern& pattern) {
+    ASSERT_EQ(t.width, width);
+    ASSERT_EQ(t.height, height);
+    int wrong = 0;
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            if (t.at(x, y) != pattern(x, y) && ++wrong < 5) {
+                ADD_FAILURE() << "texel " << x << "," << y;
+            }
+        }
+    }
+    EXPECT_EQ(wrong, 0);
+}
+
+// A DXT1 file of 8 x 8 pixels written by hand: the 128-byte head, then four 8-byte blocks,
+// each of one colour (colour 0 in RGB 565 with every index 0).
+std::string dxt1File(const std::array<uint16_t, 4>& blockColours) {
+    std::string head = "DDS " + le32(124) + le32(0x1 | 0x2 | 0x4 | 0x1000 | 0x80000) + le32(8) +
+                       le32(8) + le32(4 * 8) + le32(0) + le32(0);
+    head += std::string(11 * 4, '\0');
+    head += le32(32) + le32(0x4) + "DXT1" + le32(0) + le32(0) + le32(0) + le32(0) + le32(0);
+    head += le32(0x1000) + le32(0) + le32(0) + le32(0) + le32(0);
+    std::string blocks;
+    for (uint16_t c : blockColours)
+        blocks += le16(c) + le16(0) + le32(0);
+    return head + blocks;
+}
+
+class TextureLoading : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        surface_ = createPreviewSurface(16, 16);
+        preview_.initOpenGL(surface_);
+    }
+    void TearDown() override { destroyPreviewSurface(surface_); }
+
+    TempDir dir_;
+    int32_t surface_ = 0;
+    OpenGLPreviewObject preview_;
+};
+
+}  // namespace
+
+TEST_F(TextureLoading, EmptyPathGivesZeroAndMakesNoName) {
+    GLuint before = 0;
+    glGenTextures(1, &before);
+    EXPECT_EQ(preview_.loadTexture(""), 0);
+    const std::string bmp = dir_.file("a.bmp");
+    writeImage(bmp, FIF_BMP, 4, 4, 24, gradient);
+    // No cache: the same file twice gives two names.
+    const int32_t first = preview_.loadTexture(bmp);
+    EXPECT_EQ(first, static_cast<int32_t>(before) + 1);
+    EXPECT_EQ(preview_.loadTexture(bmp), first + 1);
+}
+
+TEST_F(TextureLoading, TrueColourFormatsLoadBottomUpAsBGR) {
+    // 5 pixels a row are 15 bytes: each row carries a fill byte that must not shift the next.
+    struct Case {
+        const char* name;
+        FREE_IMAGE_FORMAT format;
+        int width;
+        int height;
+    };
+    for (const Case& c : {Case{"even.bmp", FIF_BMP, 8, 6}, Case{"odd.bmp", FIF_BMP, 5, 3},
+                          Case{"odd.png", FIF_PNG, 7, 5}, Case{"odd.tga", FIF_TARGA, 3, 9}}) {
+        SCOPED_TRACE(c.name);
+        const std::string path = dir_.file(c.name);
+        writeImage(path, c.format, c.width, c.height, 24, gradient);
+        expectImage(readTexture(preview_.loadTexture(path)), c.width, c.height, gradient);
+    }
+}
+
+TEST_F(TextureLoading, PaletteImagesResolveToTrueColourWhole) {
+    // 100 x 64 at 8 bits, and an odd width whose palette rows and colour rows both need fill.
+    for (const auto& [width, height] : {std::pair{100, 64}, std::pair{13, 7}}) {
+        const std::string path = dir_.file("palette" + std::to_string(width) + ".bmp");
+        const Pattern indices = [](int x, int y) {
+            return Rgb{static_cast<uint8_t>((x * 5 + y * 3) % 256), 0, 0};
+        };
+        writeImage(path, FIF_BMP, width, height, 8, indices);
+        expectImage(readTexture(preview_.loadTexture(path)), width, height,
+                    [&](int x, int y) { return paletteColour(indices(x, y)[0]); });
+    }
+}
+
+TEST_F(TextureLoading, CompressedDDSDecodesItsBlocks) {
+    const std::string path = dir_.file("blocks.dds");
+    // Red, green, blue and white blocks: top-left, top-right, bottom-left, bottom-right.
+    writeFile(path, dxt1File({0xF800, 0x07E0, 0x001F, 0xFFFF}));
+    const Texels t = readTexture(preview_.loadTexture(path));
+    ASSERT_EQ(t.width, 8);
+    ASSERT_EQ(t.height, 8);
+    EXPECT_EQ(t.at(1, 1), (Rgb{255, 0, 0}));
+    EXPECT_EQ(t.at(6, 2), (Rgb{0, 255, 0}));
+    EXPECT_EQ(t.at(2, 6), (Rgb{0, 0, 255}));
+    EXPECT_EQ(t.at(7, 7), (Rgb{255, 255, 255}));
+}
+
+TEST_F(TextureLoading, UnreadableFilesFailWithTheirPath) {
+    const std::string garbage = dir_.file("garbage.bmp");
+    writeFile(garbage, "this is no image at all");
+    const std::string truncated = dir_.file("truncated.dds");
+    writeFile(truncated, dxt1File({0, 0, 0, 0}).substr(0, 60));
+    for (const std::string& path : {dir_.file("missing.png"), garbage, truncated, dir_.path()}) {
+        EXPECT_TRUE(throwsError([&] { preview_.loadTexture(path); }, 100,
+                                "Velmora.OpenGLPreviewObject",
+                                "Loading Texture File: '" + path + "' Failed!"));
+    }
+    // Nothing is left beside the images.
+    EXPECT_EQ(dir_.listing(), "garbage.bmp truncated.dds");
+}
