@@ -64,6 +64,7 @@ void XMLBGLSection::fillModelList(const std::shared_ptr<ModelList>& m, int16_t f
         const std::string table = "model table of subsection " +
                                   numbers::formatInteger(subSection->position_) + " of " +
                                   scenery::sectionName(position_);
+        // A table or a model reaching past the end of the file is refused before anything is read.
         if (!scenery::tableFitsInFile(file, tableOffset, count, kModelEntrySize)) {
             scenery::raiseDamagedTable(table);
         }
