@@ -7,6 +7,7 @@ namespace velmora {
 
 class XMLBGLSectionList;
 class ModelList;
+class BGLObject;
 
 // The kinds of section of an XML-style BGL file; only mdl is acted on.
 enum XMLBGLSectionType : int32_t {
@@ -46,11 +47,15 @@ public:
     std::shared_ptr<XMLBGLSectionList> subSections() const { return subSections_; }
 
 private:
+    friend class BGLObject;
+
     XMLBGLSectionType sectionType_ = static_cast<XMLBGLSectionType>(0);
     int32_t numSubSection_ = 0;
     int32_t offset_ = 0;
     int32_t headerSize_ = 0;
     std::shared_ptr<XMLBGLSectionList> subSections_;
+    // 1-based place of the record in its list, named when one of its tables is damaged; 0 unknown.
+    int32_t position_ = 0;
 };
 
 }  // namespace velmora

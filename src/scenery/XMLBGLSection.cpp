@@ -1,0 +1,90 @@
+#include <velmora/XMLBGLSection.h>
+
+#include <velmora/MDLObject.h>
+#include <velmora/ModelList.h>
+#include <velmora/XMLBGLSectionList.h>
+
+#include "foundation/Errors.h"
+#include "foundation/HexFunctions.h"
+#include "foundation/NumberText.h"
+#include "scenery/TableBounds.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr int64_t kSubSectionRecordSize = 16;
+constexpr int64_t kModelEntrySize = 24;
+
+// seekFile counts from 1; offsets in the file count from 0.
+void seekToOffset(int16_t file, int64_t offset) {
+    hex::seekFile(file, numbers::narrow32(offset + 1));
+}
+
+}  // namespace
+
+XMLBGLSection::XMLBGLSection() = default;
+
+XMLBGLSection::~XMLBGLSection() = default;
+
+void XMLBGLSection::readFromFile(int16_t file) {
+    sectionType_ = static_cast<XMLBGLSectionType>(hex::readLong(file));
+    hex::readLong(file);
+    numSubSection_ = hex::readLong(file);
+    offset_ = hex::readLong(file);
+    headerSize_ = hex::readLong(file);
+}
+
+void XMLBGLSection::readSubSections(int16_t file) {
+    subSections_ = std::make_shared<XMLBGLSectionList>();
+    // Checked before the walk, so a false count can't make records out of nothing.
+    if (!scenery::tableFitsInFile(file, offset_, numSubSection_, kSubSectionRecordSize)) {
+        scenery::raiseDamagedTable("subsection table of " + scenery::sectionName(position_));
+    }
+    if (numSubSection_ <= 0) return;
+    seekToOffset(file, offset_);
+    for (int32_t k = 1; k <= numSubSection_; ++k) {
+        auto subSection = std::make_shared<XMLBGLSection>();
+        hex::readLong(file);
+        subSection->numSubSection_ = hex::readLong(file);
+        subSection->offset_ = hex::readLong(file);
+        subSection->headerSize_ = hex::readLong(file);
+        subSection->position_ = k;
+        subSections_->Add(std::move(subSection));
+    }
+}
+
+void XMLBGLSection::fillModelList(const std::shared_ptr<ModelList>& m, int16_t file) {
+    if (!m) raisePlatformError(kObjectNotSet);
+    if (!subSections_) return;
+    const int64_t length = hex::fileLength(file);
+    for (const auto& subSection : *subSections_) {
+        const int64_t tableOffset = subSection->offset_;
+        const int32_t count = subSection->numSubSection_;
+        const std::string table = "model table of subsection " +
+                                  numbers::formatInteger(subSection->position_) + " of " +
+                                  scenery::sectionName(position_);
+        // A table or a model reaching past the end of the file is refused before anything is read.
+        if (!scenery::tableFitsInFile(file, tableOffset, count, kModelEntrySize)) {
+            scenery::raiseDamagedTable(table);
+        }
+        for (int32_t j = 1; j <= count; ++j) {
+            seekToOffset(file, (j - 1) * kModelEntrySize + tableOffset);
+            for (int i = 0; i < 4; ++i)
+                hex::readLong(file);
+            const int64_t dataStart = tableOffset + hex::readLong(file);
+            const int32_t dataSize = hex::readLong(file);
+            if (dataStart < 0 || dataSize < 0 || dataSize > length - dataStart) {
+                scenery::raiseDamagedTable(table);
+            }
+            seekToOffset(file, dataStart);
+            const std::string bytes = hex::readString(file, dataSize);
+            auto model = std::make_shared<MDLObject>();
+            // The model's bytes go to the reader in memory, not through scratch files.
+            model->readMDLBytes(bytes);
+            m->Add(std::move(model));
+        }
+    }
+}
+
+}  // namespace velmora
