@@ -30,6 +30,19 @@ namespace fs {
 
 namespace stdfs = std::filesystem;
 
+namespace {
+
+// A file without any write permission is read-only for everyone, root included, as the
+// read-only attribute of a file is on other systems.
+bool isReadOnly(const std::string& path) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) return false;
+    if ((status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0) return true;
+    return access(path.c_str(), W_OK) != 0 && errno == EACCES;
+}
+
+}  // namespace
+
 bool fileExists(const std::string& path) {
     std::error_code ignored;
     return !path.empty() && stdfs::is_regular_file(path, ignored);
@@ -37,9 +50,7 @@ bool fileExists(const std::string& path) {
 
 void deleteFile(const std::string& path, bool force) {
     if (!fileExists(path)) raisePlatformError(kFileNotFound);
-    if (!force && access(path.c_str(), W_OK) != 0 && errno == EACCES) {
-        raisePlatformError(kPermissionDenied);
-    }
+    if (!force && isReadOnly(path)) raisePlatformError(kPermissionDenied);
     if (std::remove(path.c_str()) != 0) raiseFileError(errno);
 }
 
@@ -88,7 +99,7 @@ void replaceFile(const std::string& path, const std::string& bytes) {
     if (folder != path && !folder.empty() && !stdfs::is_directory(folder, ignored)) {
         raisePlatformError(kPathNotFound);
     }
-    if (fileExists(path) && access(path.c_str(), W_OK) != 0) raisePlatformError(kPermissionDenied);
+    if (fileExists(path) && isReadOnly(path)) raisePlatformError(kPermissionDenied);
 
     static std::atomic<unsigned> counter{0};
     const std::string temporary = path + ".velmora-" + std::to_string(getpid()) + "-" +
