@@ -165,3 +165,60 @@ inline std::vector<int> jumpTargetsInList(const BGLCommandList& list) {
 }
 
 }  // namespace edittest
+
+namespace edittest {
+
+// A copy of a list whose commands are copies too.
+inline std::shared_ptr<BGLCommandList> deepCopy(const BGLCommandList& list) {
+    auto copy = std::make_shared<BGLCommandList>();
+    for (const auto& c : list)
+        copy->Add(std::make_shared<BGLCommand>(*c));
+    return copy;
+}
+
+// Runs an edit and gives the number of the error it raised, 0 for none.
+template <class Edit>
+int errorOf(Edit&& edit) {
+    try {
+        edit();
+    } catch (const Error& e) {
+        return e.number();
+    }
+    return 0;
+}
+
+// A small deterministic generator, so that failing cases can be replayed.
+class Dice {
+  public:
+    explicit Dice(uint32_t seed) : state_(seed * 2654435761u + 1) {}
+    int below(int n) {
+        state_ = state_ * 1664525u + 1013904223u;
+        return static_cast<int>((state_ >> 8) % static_cast<uint32_t>(n));
+    }
+
+  private:
+    uint32_t state_;
+};
+
+// Points every jump of the list somewhere between 0 and Count + 1 (several slots of
+// BGL_ANIMATE too), so that repairs of jumps into, onto and behind edited places are all seen.
+inline void scatterJumps(BGLCommandList& list, Dice& dice) {
+    for (const auto& c : list) {
+        const BGLCommandDictEntry& row = rowOf(*c);
+        for (int i = 0; i < row.numParam; ++i) {
+            if (row.isJump[static_cast<std::size_t>(i)])
+                c->jumpDest(static_cast<int16_t>(i), dice.below(list.Count() + 2));
+        }
+    }
+}
+
+// A model without sections of its own but with lists, filled by the tests.
+inline std::shared_ptr<MDLObject> modelWith(const BGLCommandList& commands) {
+    auto model = std::make_shared<MDLObject>();
+    model->readMDLBytes(bareModel());
+    for (const auto& c : commands)
+        model->BGLCommandList()->Add(c);
+    return model;
+}
+
+}  // namespace edittest
