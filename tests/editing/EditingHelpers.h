@@ -84,7 +84,7 @@ inline std::string paramsOf(const BGLCommandList& list, int32_t position) {
 }
 
 // A model with a header and a bounding box; its lists are empty and filled by the tests.
-inline std::string bareModel() {
+inline std::string bareModel(const std::string& moreSections = "") {
     using namespace testbytes;
     std::string header;
     for (int i = 1; i <= 9; ++i)
@@ -92,7 +92,7 @@ inline std::string bareModel() {
     std::string box;
     for (int i = 0; i < 6; ++i)
         box += f32(static_cast<float>(i));
-    return riff(section("MDLH", header) + section("BBOX", box));
+    return riff(section("MDLH", header) + section("BBOX", box) + moreSections);
 }
 
 // The payload of the first section with this tag in a saved model file, walking into "EXTE".
@@ -213,9 +213,10 @@ inline void scatterJumps(BGLCommandList& list, Dice& dice) {
 }
 
 // A model without sections of its own but with lists, filled by the tests.
-inline std::shared_ptr<MDLObject> modelWith(const BGLCommandList& commands) {
+inline std::shared_ptr<MDLObject> modelWith(const BGLCommandList& commands,
+                                            const std::string& moreSections = "") {
     auto model = std::make_shared<MDLObject>();
-    model->readMDLBytes(bareModel());
+    model->readMDLBytes(bareModel(moreSections));
     for (const auto& c : commands)
         model->BGLCommandList()->Add(c);
     return model;
