@@ -94,7 +94,7 @@ TEST(MDLObject, LoadsEverySectionAndDecodesInPhaseOrder) {
     EXPECT_EQ(model.TextureList()->Item(1)->bitmap(), "brick.bmp");
     EXPECT_EQ(model.TextureList()->Item(1)->color()->Ri(), 0x80);
     ASSERT_EQ(model.VertexList()->Count(), 3);
-    EXPECT_EQ(model.VertexList()->Item(3)->ty(), 20.0f - 3.5f);
+    EXPECT_EQ(model.VertexList()->Item(3)->ty(), 23.0f - 3.5f);
     ASSERT_EQ(model.BGLCommandList()->Count(), 10);
     EXPECT_EQ(model.BGLCommandList()->Item(3)->opcode(), DRAW_TRI_LIST_ITEM);
     EXPECT_EQ(model.BGLCommandList()->Item(10)->opcode(), BGL_END);
