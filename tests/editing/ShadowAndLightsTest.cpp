@@ -97,6 +97,15 @@ TEST(FixLights, TestsAndOverridesInFrontOfLightsGo) {
         "BGL_JUMP_32>3 BGL_JUMP_32>5 BGL_LIGHT IFMSK>6 BGL_LIGHT IFMSK>7 BGL_LIGHT BGL_JUMP_32>5");
     EXPECT_EQ(model->BGLCommandList()->Item(4)->param(1), "300");
 
+    // Keys that a host gave to commands stay with them.
+    model = fixed({other(), maskTest(7), light()});
+    model->BGLCommandList()->Add(other(), "Tail", 1);
+    model->BGLCommandList()->Add(maskTest(9), "", 3);
+    model->fixLights();
+    EXPECT_EQ(shape(*model->BGLCommandList()), "SETWRD SETWRD BGL_LIGHT");
+    EXPECT_EQ(model->BGLCommandList()->Item("tail"), model->BGLCommandList()->Item(1));
+    EXPECT_TRUE(throwsPlatform([&] { model->BGLCommandList()->Add(nullptr, "TAIL"); }, 457));
+
     // A model without lights loses only its DICT.
     model = fixed({other(), maskTest(5)});
     EXPECT_EQ(shape(*model->BGLCommandList()), "SETWRD IFMSK>0");
