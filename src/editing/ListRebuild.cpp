@@ -40,8 +40,8 @@ void applyListEdit(KeyedCollection<BGLCommand>& commands, const ListEdit& edit) 
         return at < edit.removal.size() ? edit.removal[at] : uint8_t{ListEdit::Keep};
     };
 
-    // Every opcode is checked before anything changes, where the single steps would fail at the
-    // first repair with the list half edited.
+    // Unlike the single steps (which fail at their first repair), a bad opcode fails before any
+    // change.
     for (const auto& element : elements)
         detail::rowOfOpcode(element->opcode());
 
