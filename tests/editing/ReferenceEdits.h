@@ -3,6 +3,8 @@
 #include <velmora/BGLCommandList.h>
 #include <velmora/MDLObject.h>
 
+#include "support/StreamAssembler.h"
+
 #include <string>
 #include <vector>
 
@@ -34,14 +36,6 @@ inline int32_t seasonalBlock(const BGLCommandList& list, int16_t texture, bool b
     return result;
 }
 
-inline std::shared_ptr<BGLCommand> made(BGLOpcode opcode, std::vector<std::string> params) {
-    auto c = std::make_shared<BGLCommand>();
-    c->opcode(opcode);
-    for (std::size_t i = 0; i < params.size(); ++i)
-        c->param(static_cast<int16_t>(i), params[i]);
-    return c;
-}
-
 inline void addSeasonalTextures(BGLCommandList& list, const seasonalTextures& s) {
     const auto insertAt = [&list](std::shared_ptr<BGLCommand> c, int32_t at) {
         list.Add(c, "", at);
@@ -63,23 +57,24 @@ inline void addSeasonalTextures(BGLCommandList& list, const seasonalTextures& s)
                 wrap = i;
         }
         if (order.size() == 1) {
-            insertAt(made(SET_MATERIAL, {"0", std::to_string(s.Material[0])}), P);
+            insertAt(bgltest::command(SET_MATERIAL, {"0", std::to_string(s.Material[0])}), P);
             added = 1;
         } else {
             if (wrap != -1) {
-                insertAt(made(SET_MATERIAL,
-                              {"0", std::to_string(s.Material[static_cast<std::size_t>(wrap)])}),
+                insertAt(bgltest::command(
+                             SET_MATERIAL,
+                             {"0", std::to_string(s.Material[static_cast<std::size_t>(wrap)])}),
                          P);
                 ++added;
             }
             for (const int season : order) {
                 if (season == wrap) continue;
                 const auto v = static_cast<std::size_t>(season);
-                auto jump = made(BGL_JUMP_32, {});
+                auto jump = bgltest::command(BGL_JUMP_32, {});
                 insertAt(jump, P);
                 jump->jumpDest(0, P + added + 1);
-                insertAt(made(SET_MATERIAL, {"0", std::to_string(s.Material[v])}), P);
-                auto test = made(
+                insertAt(bgltest::command(SET_MATERIAL, {"0", std::to_string(s.Material[v])}), P);
+                auto test = bgltest::command(
                     IFIN1, {"", "906", std::to_string(s.dayStart[v]), std::to_string(s.dayEnd[v])});
                 test->jumpDest(0, P + 2);
                 insertAt(test, P);

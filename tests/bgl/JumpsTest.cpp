@@ -1,0 +1,214 @@
+#include <velmora/BGLCommandList.h>
+
+#include "support/Bytes.h"
+#include "support/ErrorMatchers.h"
+#include "support/StreamAssembler.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+using namespace velmora;
+using namespace bgltest;
+using testbytes::hex;
+using testbytes::le16;
+using testbytes::le32;
+
+TEST(Jumps, OffsetsResolveToTheCommandTheWalkFinds) {
+    // JUMP (4 bytes at 0), SET_MATERIAL (6 bytes at 4), BGL_END (2 bytes at 10).
+    const auto stream = [](int offset) {
+        return le16(13) + le16(offset) + le16(184) + le16(0) + le16(0) + le16(189);
+    };
+    const std::pair<int, int32_t> cases[] = {
+        {4, 2},  {10, 3},  // the first byte of a command
+        {0, 1},  {-1, 1},  // 0 is the command itself
+        {-2, 0}, {-4, 0},  // -2 and less: the command in front, 0 for the first
+        {1, 1},  {2, 1},   // inside the jump, with 3 and 2 bytes of it left
+        {3, 2},  {5, 2},   // the last byte of a command goes on to the next
+        {8, 2},  {9, 3},   // two bytes of SET_MATERIAL left, and one
+    };
+    for (const auto& [offset, destination] : cases) {
+        BGLCommandList list;
+        list.readList(stream(offset));
+        EXPECT_EQ(list.Item(1)->jumpDest(0), destination) << "offset " << offset;
+    }
+    for (int beyond : {11, 12, 1000}) {
+        BGLCommandList list;
+        EXPECT_TRUE(throwsPlatform([&] { list.readList(stream(beyond)); }, 9)) << beyond;
+        EXPECT_EQ(list.Count(), 3) << "the commands stay after a failed jump";
+    }
+    BGLCommandList call;
+    EXPECT_TRUE(throwsPlatform([&] { call.readList(le16(189) + le16(138) + le32(6)); }, 9))
+        << "a call to the end of the data";
+
+    // A backward jump from a later command is written back as 0.
+    BGLCommandList back;
+    back.readList(le16(189) + le16(189) + le16(13) + le16(-4));
+    EXPECT_EQ(back.Item(3)->jumpDest(0), 2);
+    EXPECT_EQ(hex(back.asString()), hex(le16(189) + le16(189) + le16(13) + le16(0)));
+}
+
+TEST(Jumps, OffsetsAreWrittenFromDestinations) {
+    BGLCommandList list;
+    auto first = list.Add(command(jump));
+    list.Add(command(NOOP, {"5"}));  // no row: counts 0 bytes
+    list.Add(command(SET_MATERIAL, {"0", "0"}));
+    auto last = list.Add(command(BGL_JUMP_32));
+    struct Case {
+        std::shared_ptr<BGLCommand> from;
+        int32_t destination;
+        const char* offset;
+    };
+    const Case cases[] = {{first, 2, "4"},  {first, 3, "4"},
+                          {first, 4, "10"}, {first, 5, "16"},  // Count + 1 is the end of the stream
+                          {first, 1, "0"},  {first, -7, "0"},
+                          {last, 5, "6"},   {last, 2, "0"}};
+    for (const Case& c : cases) {
+        c.from->jumpDest(0, c.destination);
+        list.updateJumpSize();
+        EXPECT_EQ(c.from->param(0), c.offset) << c.destination;
+    }
+    first->jumpDest(0, 6);
+    EXPECT_TRUE(throwsPlatform([&] { list.updateJumpSize(); }, 9));
+
+    // A 16-bit offset that no longer fits once a command goes in.
+    BGLCommandList far;
+    far.Add(command(jump))->jumpDest(0, 5462);
+    for (int i = 0; i < 5461; ++i)
+        far.Add(command(SET_MATERIAL, {"0", "0"}));
+    EXPECT_EQ(far.asString().substr(0, 4), le16(13) + le16(4 + 5460 * 6));
+    far.Add(command(SET_MATERIAL, {"0", "0"}), "", 2);
+    far.updateJumpDest(2);
+    EXPECT_TRUE(throwsPlatform([&] { far.asString(); }, 6));
+}
+
+TEST(Jumps, InsertionAndRemovalBoundsMoveTheDestinations) {
+    BGLCommandList list;
+    std::vector<std::shared_ptr<BGLCommand>> jumps;
+    for (int32_t to : {0, 2, 3, 4}) {
+        jumps.push_back(list.Add(command(jump)));
+        jumps.back()->jumpDest(0, to);
+    }
+    const auto destinations = [&] {
+        std::string out;
+        for (const auto& j : jumps)
+            out += std::to_string(j->jumpDest(0)) + " ";
+        return out;
+    };
+    list.updateJumpDest(3, true);  // removed at 3: a jump to it leads to the command in front
+    EXPECT_EQ(destinations(), "0 2 2 3 ");
+    list.updateJumpDest(0, true);
+    EXPECT_EQ(destinations(), "-1 1 1 2 ");
+    list.updateJumpDest(2);  // inserted at 2: jumps to 2 and behind follow their command
+    EXPECT_EQ(destinations(), "-1 1 1 3 ");
+}
+
+namespace {
+
+// A random stream with long and short jumps to the start of a command, into one, to itself and
+// backwards. The offsets come from the assembler, not from the library.
+StreamAssembler randomStream(int commands, unsigned seed) {
+    std::mt19937 random(seed);
+    const auto pick = [&](int low, int high) {
+        return std::uniform_int_distribution<int>(low, high)(random);
+    };
+    StreamAssembler a;
+    std::vector<int> jumpers;
+    while (a.size() < commands) {
+        const int kind = pick(0, 6);
+        if (kind == 0) {
+            const int items = pick(0, 4);
+            a.add(DRAW_TRI_LIST_BEGIN, {w(0), w(0), w(items * 3)});
+            for (int i = 0; i < items; ++i)
+                a.add(DRAW_TRI_LIST_ITEM, {w(i), w(1), w(2)});
+        } else if (kind == 1) {
+            a.add(SET_MATERIAL, {w(0), w(pick(-1, 5))});
+        } else if (kind == 2) {
+            jumpers.push_back(a.add(BGL_JUMP_32, {l(0)}));
+        } else if (kind == 3) {
+            jumpers.push_back(a.add(IFIN1, {w(0), w(906), w(0), w(1)}));
+        } else if (kind == 4) {
+            jumpers.push_back(a.add(BGL_ANIMATE, {l(0), l(0), l(0), l(0), f("0"), f("0"), f("0")}));
+        } else if (kind == 5) {
+            jumpers.push_back(a.add(BGL_INTERPOLATE, {l(0), w(0), l(0), w(0), l(0), w(0)}));
+        } else {
+            a.add(BGL_RETURN);
+        }
+    }
+    a.add(BGL_END);
+    const int last = a.size() - 1;
+    for (int index : jumpers) {
+        Op& op = a.ops[static_cast<std::size_t>(index)];
+        const BGLCommandDictEntry* row = BGLOpcodeDictionary::row(op.opcode);
+        for (std::size_t p = 0; p < op.fields.size(); ++p) {
+            if (!row->isJump[p]) continue;
+            // Short jumps stay within reach of a 16-bit offset; the last byte of the stream is
+            // never a target, as nothing follows it.
+            const bool wide = op.fields[p].kind == Field::Long;
+            const int reach = wide && pick(0, 2) == 0 ? last : std::min(last, index + 600);
+            const int target =
+                pick(0, 9) == 0 ? pick(std::max(0, index - 5), index) : pick(index, reach);
+            const int size = a.ops[static_cast<std::size_t>(target)].size();
+            op.fields[p].target = target;
+            op.fields[p].delta =
+                pick(0, 4) == 0 ? pick(0, target == last ? size - 2 : size - 1) : 0;
+        }
+    }
+    return a;
+}
+
+// The jumpDest of every jump parameter, by the step-by-step walk of the offset table.
+std::vector<int32_t> walkedDestinations(const BGLCommandList& list) {
+    std::vector<int32_t> sizes(1, 0);
+    for (const auto& c : list)
+        sizes.push_back(BGLOpcodeDictionary::row(c->opcode())->length);
+    std::vector<int32_t> out;
+    for (int32_t n = 1; n <= list.Count(); ++n) {
+        const auto c = list.Item(n);
+        const BGLCommandDictEntry* row = BGLOpcodeDictionary::row(c->opcode());
+        for (int16_t i = 0; i < row->numParam; ++i) {
+            if (!row->isJump[static_cast<std::size_t>(i)]) continue;
+            const int64_t offset = std::stoll(c->param(i));
+            int64_t walked = -2;
+            int32_t j = n - 1;
+            while (walked < offset)
+                walked += sizes.at(static_cast<std::size_t>(++j));
+            out.push_back(j);
+        }
+    }
+    return out;
+}
+
+std::vector<int32_t> destinations(const BGLCommandList& list) {
+    std::vector<int32_t> out;
+    for (const auto& c : list) {
+        const BGLCommandDictEntry* row = BGLOpcodeDictionary::row(c->opcode());
+        for (int16_t i = 0; i < row->numParam; ++i)
+            if (row->isJump[static_cast<std::size_t>(i)]) out.push_back(c->jumpDest(i));
+    }
+    return out;
+}
+
+}  // namespace
+
+TEST(Jumps, ResolutionAgreesWithTheStepByStepWalk) {
+    const StreamAssembler a = randomStream(2000, 7);
+    BGLCommandList list;
+    list.readList(a.bytes());
+    ASSERT_EQ(list.Count(), a.size());
+    const std::vector<int32_t> expected = walkedDestinations(list);
+    EXPECT_GT(expected.size(), 500u);
+    EXPECT_EQ(destinations(list), expected);
+
+    // Written back, a forward offset points at the start of the command it resolved to, and a
+    // backward one at the jumping command itself.
+    const std::vector<int64_t> starts = a.starts();
+    list.asString();
+    for (int32_t n = 1; n <= list.Count(); ++n) {
+        const auto c = list.Item(n);
+        if (c->opcode() != BGL_JUMP_32) continue;
+        const auto to = static_cast<std::size_t>(std::max(c->jumpDest(0), n) - 1);
+        ASSERT_EQ(c->param(0), std::to_string(starts[to] - starts[static_cast<std::size_t>(n - 1)]))
+            << n;
+    }
+}
