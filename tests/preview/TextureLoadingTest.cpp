@@ -127,18 +127,6 @@ class TextureLoading : public ::testing::Test {
 
 }  // namespace
 
-TEST_F(TextureLoading, EmptyPathGivesZeroAndMakesNoName) {
-    GLuint before = 0;
-    glGenTextures(1, &before);
-    EXPECT_EQ(preview_.loadTexture(""), 0);
-    const std::string bmp = dir_.file("a.bmp");
-    writeImage(bmp, FIF_BMP, 4, 4, 24, gradient);
-    // No cache: the same file twice gives two names.
-    const int32_t first = preview_.loadTexture(bmp);
-    EXPECT_EQ(first, static_cast<int32_t>(before) + 1);
-    EXPECT_EQ(preview_.loadTexture(bmp), first + 1);
-}
-
 TEST_F(TextureLoading, TrueColourFormatsLoadBottomUpAsBGR) {
     // 5 pixels a row are 15 bytes: each row carries a fill byte that must not shift the next.
     struct Case {
@@ -154,6 +142,7 @@ TEST_F(TextureLoading, TrueColourFormatsLoadBottomUpAsBGR) {
         writeImage(path, c.format, c.width, c.height, 24, gradient);
         expectImage(readTexture(preview_.loadTexture(path)), c.width, c.height, gradient);
     }
+    EXPECT_EQ(preview_.loadTexture(""), 0) << "no file, no texture";
 }
 
 TEST_F(TextureLoading, PaletteImagesResolveToTrueColourWhole) {
