@@ -79,7 +79,12 @@ TEST(EditedModel, SavedJumpsLandOnTheirCommandsAndEverythingReadsBack) {
     const std::string saved = readFile(dir.file("edited.mdl"));
     const std::string stream = modelbytes::sectionPayload(saved, "BGL ");
     // Every offset in the bytes lands on the first byte of the command the list names.
-    EXPECT_EQ(jumpTargetsInBytes(stream), jumpTargetsInList(list));
+    std::vector<int> inList;
+    for (const auto& c : list) {
+        const BGLCommandDictEntry* row = BGLOpcodeDictionary::row(c->opcode());
+        inList.push_back(row->numParam > 0 && row->isJump[0] ? c->jumpDest(0) : 0);
+    }
+    EXPECT_EQ(jumpTargetsInBytes(stream), inList);
 
     MDLObject again;
     again.readMDLBytes(saved);

@@ -76,41 +76,29 @@ inline std::shared_ptr<MDLObject> modelWith(const BGLCommandList& commands,
 // byte its jump offset lands (Count + 1 for the end), -1 for none, 0 for a command without jump.
 inline std::vector<int> jumpTargetsInBytes(const std::string& stream) {
     const auto word = [&](std::size_t at) {
-        return static_cast<uint16_t>(static_cast<unsigned char>(stream[at]) |
-                                     static_cast<unsigned char>(stream[at + 1]) << 8);
+        return static_cast<uint16_t>(static_cast<uint8_t>(stream[at]) |
+                                     static_cast<uint8_t>(stream[at + 1]) << 8);
     };
-    std::vector<int64_t> starts, offsets;
-    for (std::size_t at = 0; at + 2 <= stream.size();) {
-        const BGLCommandDictEntry* row = BGLOpcodeDictionary::row(word(at));
-        if (row == nullptr || row->length == 0) return {};
-        int64_t offset = INT64_MIN;
-        if (row->numParam > 0 && row->isJump[0]) {
-            offset =
-                row->paramType[0] == pLong
-                    ? static_cast<int32_t>(word(at + 2) | static_cast<uint32_t>(word(at + 4)) << 16)
-                    : static_cast<int16_t>(word(at + 2));
+    std::vector<std::size_t> starts;
+    for (std::size_t at = 0; at + 2 <= stream.size();
+         at += BGLOpcodeDictionary::row(word(at))->length)
+        starts.push_back(at);
+    starts.push_back(stream.size());
+    std::vector<int> targets;
+    for (std::size_t k = 0; k + 1 < starts.size(); ++k) {
+        const BGLCommandDictEntry* row = BGLOpcodeDictionary::row(word(starts[k]));
+        if (row->numParam == 0 || !row->isJump[0]) {
+            targets.push_back(0);
+            continue;
         }
-        starts.push_back(static_cast<int64_t>(at));
-        offsets.push_back(offset);
-        at += static_cast<std::size_t>(row->length);
-    }
-    starts.push_back(static_cast<int64_t>(stream.size()));
-    std::vector<int> targets;
-    for (std::size_t k = 0; k < offsets.size(); ++k) {
-        const auto found = std::find(starts.begin(), starts.end(), starts[k] + offsets[k]);
-        targets.push_back(offsets[k] == INT64_MIN ? 0
-                          : found == starts.end() ? -1
-                                                  : static_cast<int>(found - starts.begin()) + 1);
-    }
-    return targets;
-}
-
-// The jumpDest(0) of every command, 0 for those without a jump.
-inline std::vector<int> jumpTargetsInList(const BGLCommandList& list) {
-    std::vector<int> targets;
-    for (const auto& c : list) {
-        const BGLCommandDictEntry& row = rowOf(*c);
-        targets.push_back(row.numParam > 0 && row.isJump[0] ? c->jumpDest(0) : 0);
+        const int64_t offset =
+            row->paramType[0] == pLong
+                ? static_cast<int32_t>(word(starts[k] + 2) | word(starts[k] + 4) << 16)
+                : static_cast<int16_t>(word(starts[k] + 2));
+        const auto found =
+            std::find(starts.begin(), starts.end(), starts[k] + static_cast<std::size_t>(offset));
+        targets.push_back(found == starts.end() ? -1
+                                                : static_cast<int>(found - starts.begin()) + 1);
     }
     return targets;
 }
@@ -131,30 +119,6 @@ int errorOf(Edit&& edit) {
         return e.number();
     }
     return 0;
-}
-
-// A small deterministic generator, so that failing cases can be replayed.
-class Dice {
-  public:
-    explicit Dice(uint32_t seed) : state_(seed * 2654435761u + 1) {}
-    int below(int n) {
-        state_ = state_ * 1664525u + 1013904223u;
-        return static_cast<int>((state_ >> 8) % static_cast<uint32_t>(n));
-    }
-
-  private:
-    uint32_t state_;
-};
-
-// Points every jump of the list somewhere between 0 and Count + 1, so that repairs of jumps
-// into, onto and behind edited places are all seen.
-inline void scatterJumps(BGLCommandList& list, Dice& dice) {
-    for (const auto& c : list) {
-        const BGLCommandDictEntry& row = rowOf(*c);
-        for (int i = 0; i < row.numParam; ++i)
-            if (row.isJump[static_cast<std::size_t>(i)])
-                c->jumpDest(static_cast<int16_t>(i), dice.below(list.Count() + 2));
-    }
 }
 
 }  // namespace edittest

@@ -2,7 +2,6 @@
 #include <velmora/MDLObject.h>
 
 #include "EditingHelpers.h"
-#include "ReferenceEdits.h"
 #include "support/ErrorMatchers.h"
 
 #include <gtest/gtest.h>
@@ -165,38 +164,4 @@ TEST(SeasonalTextures, ReadingDatesAndTheDocumentedFailures) {
         },
         9));
     EXPECT_TRUE(throwsPlatform([] { MDLObject().readSeasonalDates(3); }, 91));
-}
-
-TEST(SeasonalTextures, TheOnePassRebuildMatchesTheSingleSteps) {
-    int failures = 0;
-    for (uint32_t seed = 1; seed <= 200; ++seed) {
-        Dice dice(seed);
-        auto list = std::make_shared<BGLCommandList>();
-        const int length = 3 + dice.below(30);
-        for (int i = 0; i < length; ++i) {
-            const int kind = dice.below(8);
-            list->Add(kind < 2    ? setMaterial(dice.below(4) - 1)
-                      : kind == 2 ? dayTest(dice.below(366), dice.below(366))
-                      : kind == 3 ? command(IFIN1, {"", "5", "1", "2"})
-                      : kind == 4 ? command(BGL_JUMP_32)
-                      : kind == 5 ? command(BGL_ANIMATE)
-                                  : other());
-        }
-        scatterJumps(*list, dice);
-        seasonalTextures s;
-        for (std::size_t v = 0; v < 5; ++v) {
-            s.Material[v] = static_cast<int16_t>(dice.below(4));
-            s.dayStart[v] = static_cast<int16_t>(dice.below(366));
-            s.dayEnd[v] = static_cast<int16_t>(dice.below(366));
-            s.active[v] = dice.below(2) == 1;
-        }
-        auto plain = deepCopy(*list);
-        const int fastError = errorOf([&] { list->addSeasonalTextures(s); });
-        const int plainError = errorOf([&] { reference::addSeasonalTextures(*plain, s); });
-        failures += fastError != 0 ? 1 : 0;
-        ASSERT_EQ(fastError, plainError) << "seed " << seed;
-        ASSERT_EQ(shape(*list, true), shape(*plain, true)) << "seed " << seed;
-    }
-    EXPECT_GT(failures, 5) << "runs at the ends are among the cases";
-    EXPECT_LT(failures, 150) << "rebuilt runs are among the cases";
 }

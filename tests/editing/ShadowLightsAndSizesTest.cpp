@@ -1,7 +1,6 @@
 #include <velmora/MDLObject.h>
 
 #include "EditingHelpers.h"
-#include "ReferenceEdits.h"
 #include "support/ErrorMatchers.h"
 #include "support/TempDir.h"
 
@@ -24,9 +23,6 @@ std::shared_ptr<BGLCommand> maskTest(int variable, int32_t jump = 0) {
 }
 std::shared_ptr<BGLCommand> baseOverride() {
     return command(VAR_BASE_OVERRIDE, {"0"});
-}
-std::shared_ptr<BGLCommand> other() {
-    return command(SETWRD, {"1", "2"});
 }
 
 }  // namespace
@@ -78,36 +74,6 @@ TEST(FixLights, TestsAndOverridesInFrontOfLightsGoAndALightAtTheHeadFails) {
     EXPECT_TRUE(throwsPlatform([&] { model->fixLights(); }, 9));
     EXPECT_EQ(shape(*model->BGLCommandList()), "BGL_LIGHT IFMSK>0 BGL_LIGHT");
     EXPECT_TRUE(throwsPlatform([] { MDLObject().fixLights(); }, 91));
-}
-
-TEST(FixLights, TheOnePassRebuildMatchesTheSingleSteps) {
-    int removing = 0;
-    for (uint32_t seed = 1; seed <= 200; ++seed) {
-        Dice dice(seed);
-        auto list = listOf({other()});
-        const int length = 2 + dice.below(40);
-        for (int i = 0; i < length; ++i) {
-            const int kind = dice.below(7);
-            list->Add(kind < 2    ? light()
-                      : kind == 2 ? baseOverride()
-                      : kind == 3 ? maskTest(dice.below(2) ? 200 : 201)
-                      : kind == 4 ? maskTest(dice.below(400))
-                      : kind == 5 ? command(BGL_JUMP_32)
-                                  : other());
-        }
-        // Now and then a light near the head, to see the failures match too.
-        if (dice.below(10) == 0) list->Item(1)->opcode(dice.below(2) ? BGL_LIGHT : IFMSK);
-        scatterJumps(*list, dice);
-        auto fast = modelWith(*list);
-        auto plain = modelWith(*deepCopy(*list));
-        const int fastError = errorOf([&] { fast->fixLights(); });
-        const int plainError = errorOf([&] { reference::fixLights(*plain); });
-        removing += fast->BGLCommandList()->Count() < list->Count() ? 1 : 0;
-        ASSERT_EQ(fastError, plainError) << "seed " << seed;
-        ASSERT_EQ(shape(*fast->BGLCommandList(), true), shape(*plain->BGLCommandList(), true))
-            << "seed " << seed;
-    }
-    EXPECT_GT(removing, 60);
 }
 
 namespace {
