@@ -93,40 +93,19 @@ TEST(SeasonalTextures, TheSortingOfSeasons) {
         int16_t end2, start4, end4;
         const char* shape;
     };
+    // clang-format off
     const Case cases[] = {
-        {"only winter: one SET_MATERIAL with Material(0)",
-         {false, false, true, false, false},
-         59,
-         0,
-         0,
+        {"only winter: one SET_MATERIAL with Material(0)", {false, false, true, false, false}, 59, 0, 0,
          "SETWRD SET_MATERIAL SETWRD BGL_JUMP_32>2"},
-        {"nothing active, nothing wrapping: the run goes",
-         {},
-         400,
-         0,
-         0,
-         "SETWRD SETWRD BGL_JUMP_32>2"},
-        {"an inactive wrapping season is the default",
-         {true, true, false, false, false},
-         59,
-         0,
-         0,
-         "SETWRD IFIN1>5 SET_MATERIAL BGL_JUMP_32>9 IFIN1>8 SET_MATERIAL BGL_JUMP_32>9 "
-         "SET_MATERIAL SETWRD BGL_JUMP_32>2"},
-        {"of two wrapping seasons the higher index is the default",
-         {false, false, true, false, true},
-         59,
-         300,
-         20,
+        {"nothing active, nothing wrapping: the run goes", {}, 400, 0, 0, "SETWRD SETWRD BGL_JUMP_32>2"},
+        {"an inactive wrapping season is the default", {true, true, false, false, false}, 59, 0, 0,
+         "SETWRD IFIN1>5 SET_MATERIAL BGL_JUMP_32>9 IFIN1>8 SET_MATERIAL BGL_JUMP_32>9 SET_MATERIAL SETWRD BGL_JUMP_32>2"},
+        {"of two wrapping seasons the higher index is the default", {false, false, true, false, true}, 59, 300, 20,
          "SETWRD IFIN1>5 SET_MATERIAL BGL_JUMP_32>6 SET_MATERIAL SETWRD BGL_JUMP_32>2"},
-        {"no season wraps",
-         {true, true, true, false, false},
-         365,
-         0,
-         0,
-         "SETWRD IFIN1>5 SET_MATERIAL BGL_JUMP_32>11 IFIN1>8 SET_MATERIAL BGL_JUMP_32>11 "
-         "IFIN1>11 SET_MATERIAL BGL_JUMP_32>11 SETWRD BGL_JUMP_32>2"},
+        {"no season wraps", {true, true, true, false, false}, 365, 0, 0,
+         "SETWRD IFIN1>5 SET_MATERIAL BGL_JUMP_32>11 IFIN1>8 SET_MATERIAL BGL_JUMP_32>11 IFIN1>11 SET_MATERIAL BGL_JUMP_32>11 SETWRD BGL_JUMP_32>2"},
     };
+    // clang-format on
     for (const Case& c : cases) {
         seasonalTextures s = threeSeasons();
         s.active = c.active;

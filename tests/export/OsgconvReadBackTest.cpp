@@ -1,5 +1,4 @@
 #include <velmora/MDLObject.h>
-#include <velmora/OpenFlightWriter.h>
 
 #include "export/OsgconvReader.h"
 #include "support/ModelBytes.h"
@@ -97,45 +96,4 @@ TEST(OsgconvReadBack, TexturedModelComesBackWithItsFacesVerticesAndTextures) {
     std::sort(files.begin(), files.end());
     files.erase(std::unique(files.begin(), files.end()), files.end());
     EXPECT_EQ(files, (std::vector<std::string>{"roof.tga", "wall.tga"}));
-}
-
-TEST(OsgconvReadBack, NamesLongerThanSevenCharactersComeBackWhole) {
-    SKIP_WITHOUT_OSGCONV();
-    TempDir dir;
-    const auto model = texturedHouse();
-    MDLObject object;
-    object.readMDLBytes(model.bytes());
-    writeTinyImage(dir.file("wall.tga"));
-    writeTinyImage(dir.file("roof.tga"));
-    const std::string path = dir.file("names.flt");
-    OpenFlightWriter w;
-    w.createDB(path);
-    w.writeHeader();
-    w.writeColorPalette(object.MaterialList());
-    w.writeMaterialPalette(object.MaterialList());
-    w.writeTexturePalette(object.TextureList(), "tga", false);
-    w.writeVertexPalette(object.VertexList(), 0.0f);
-    w.writePushLevel();
-    w.writeGroup("building-group");
-    w.writePushLevel();
-    w.writeLOD("detail-level", 5000.0, 0.0);
-    w.writePushLevel();
-    w.writeObject("object-long");
-    w.writePushLevel();
-    w.writeFace("face-number-one", 0, -1, 0);
-    w.writePushLevel();
-    w.writeVertexList(0, 1, 5);
-    w.writePopLevel();
-    for (int i = 0; i < 4; ++i)
-        w.writePopLevel();
-    w.closeDB();
-
-    const auto scene = osgreader::readDatabase(path);
-    ASSERT_TRUE(scene.loaded) << scene.messages;
-    EXPECT_EQ(scene.messages, "");
-    for (const char* name : {"building-group", "detail-level", "object-long", "face-number-one"})
-        EXPECT_TRUE(hasName(scene, name)) << name;
-    modelbytes::Model first = model;
-    first.drawn.resize(1);
-    expectSameTriangles(scene.triangles, expectedTriangles(first));
 }

@@ -4,7 +4,6 @@
 #include "foundation/FileSystem.h"
 #include "foundation/GeneralFunctions.h"
 #include "foundation/HexFunctions.h"
-#include "foundation/NumberText.h"
 #include "support/Bytes.h"
 #include "support/ErrorMatchers.h"
 #include "support/TempDir.h"
@@ -118,22 +117,6 @@ TEST(Paths, FolderOfPathAndJoinInside) {
     EXPECT_EQ(fs::joinInside("/db", "wall.bmp"), "/db/wall.bmp");
     EXPECT_EQ(fs::joinInside("/db", "..\\..\\etc\\passwd"), "/db/passwd");
     EXPECT_EQ(fs::joinInside("/db", "../x/y.bmp"), "/db/y.bmp");
-}
-
-TEST(NumberText, ParsesRoundsHalvesToEvenAndOverflowsWithError6) {
-    EXPECT_EQ(numbers::parseNumber("  -7 "), -7);
-    EXPECT_EQ(numbers::parseNumber("-.5"), -0.5);
-    EXPECT_EQ(numbers::parseNumber("1E+10"), 1e10);
-    for (const char* bad : {"", "abc", "1x", "1e", "--1", ".", "0x10"})
-        EXPECT_TRUE(throwsPlatform([&] { numbers::parseNumber(bad); }, 13)) << bad;
-    EXPECT_EQ(numbers::textToInt16("2.5"), 2);
-    EXPECT_EQ(numbers::textToInt16("3.5"), 4);
-    EXPECT_EQ(numbers::textToInt16("-32768"), -32768);
-    EXPECT_TRUE(throwsPlatform([] { numbers::textToInt16("32767.5"); }, 6));
-    EXPECT_TRUE(throwsPlatform([] { numbers::textToInt32("2147483648"); }, 6));
-    EXPECT_EQ(numbers::formatSingle(0.1f), "0.1");
-    EXPECT_EQ(numbers::formatSingle(1e10f), "1E+10");
-    EXPECT_EQ(numbers::formatSingle(3.14159274f), "3.141593");
 }
 
 namespace {

@@ -156,7 +156,6 @@ TEST_F(Scan, FileVariantsAndTheirErrors) {
         SCOPED_TRACE(c.name);
         const std::string path = c.bytes.empty() ? files_.file(c.name) : write(c.name, c.bytes);
         BGLObject scan;
-        const auto before = scan.ModelList();
         if (c.error == 0) {
             scan.readXMLBGL(path);
         } else {
