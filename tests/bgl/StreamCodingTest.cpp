@@ -149,7 +149,7 @@ TEST(StreamEncoding, CommandsBecomeTheirBytesOrFailWithTheirError) {
                             "The string trying to be written is bigger than the specified length"));
 }
 
-TEST(StreamIndices, TheDictionaryHas33RowsOf17WithJumps) {
+TEST(StreamIndices, TheDictionaryAndTheParentsOfListItems) {
     int rows = 0;
     int withJumps = 0;
     for (int16_t i = 0; i <= 260; ++i) {
@@ -161,6 +161,17 @@ TEST(StreamIndices, TheDictionaryHas33RowsOf17WithJumps) {
     EXPECT_EQ(rows, 33);
     EXPECT_EQ(withJumps, 17);
     EXPECT_TRUE(throwsPlatform([] { BGLOpcodeDictionary().getEntry(261); }, 9));
+
+    // List items get their own kind of header; a line header doesn't change a triangle item's.
+    BGLCommandList list;
+    for (int opcode : {DRAW_TRI_LIST_ITEM, DRAW_TRI_LIST_BEGIN, DRAW_LINE_LIST_BEGIN,
+                       DRAW_LINE_LIST_ITEM, DRAW_TRI_LIST_ITEM})
+        list.Add(command(opcode));
+    list.processParent();
+    std::string parents;
+    for (const auto& c : list)
+        parents += std::to_string(c->parent());
+    EXPECT_EQ(parents, "00032");
 }
 
 TEST(StreamIndices, UpdateMaterialShiftsAndRemovesTextureNumbers) {

@@ -1,3 +1,4 @@
+#include <velmora/Host.h>
 #include <velmora/MDLObject.h>
 
 #include "support/ErrorMatchers.h"
@@ -87,7 +88,11 @@ TEST(ModelRoundTrip, EverySectionAndEveryOpcodeLoadAndSaveBackByteForByte) {
     writeFile(path, completeModel(stream.bytes()));
 
     MDLObject model;
+    int turns = 0;
+    setYieldHook([&] { ++turns; });
     model.readMDL(path);
+    setYieldHook(nullptr);
+    EXPECT_GE(turns, stream.size()) << "the host gets a turn for every command";
     EXPECT_EQ(model.LoadingStatus(), loadingBGL);
 
     EXPECT_EQ(model.getISFT(), std::string("Velmora test\0", 13));
@@ -187,6 +192,9 @@ TEST(ModelRoundTrip, BadFilesRaiseTheirErrorsAndKeepTheEarlierObjects) {
     EXPECT_TRUE(throwsError([&] { model.readMDL(dir.file("missing.mdl")); }, 100,
                             "Velmora.MDLObject", notAModel));
     EXPECT_EQ(dir.listing(), "") << "a failed read creates nothing";
+    model.readMDLBytes(completeModel(shortStream()));
+    model.readMDLBytes(riff(section("CRAS", "c")));
+    EXPECT_EQ(model.getISFT() + model.getRIFFSectionData(3), "") << "a new load starts afresh";
 
     // A list section with the wrong head: the objects decoded before it are the new ones.
     const std::string good = header + section("MATE", materialPayload());

@@ -118,7 +118,6 @@ TEST(DrawListWalk, StopsWithTheListOpenAtAKeyOutsideItsTable) {
     };
     const Case cases[] = {{"material", setMaterial(2, -1), 2},
                           {"texture", setMaterial(1, 2), 2},
-                          {"vertex", triangleList(14, {{0, 1, 2}}), 2},
                           {"vertex after others", triangleList(0, {{0, 1, 2}, {1, 2, 16}}), 11}};
     for (const Case& c : cases) {
         MDLObject model;
