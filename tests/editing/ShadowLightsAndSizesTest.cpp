@@ -74,6 +74,13 @@ TEST(FixLights, TestsAndOverridesInFrontOfLightsGoAndALightAtTheHeadFails) {
     EXPECT_TRUE(throwsPlatform([&] { model->fixLights(); }, 9));
     EXPECT_EQ(shape(*model->BGLCommandList()), "BGL_LIGHT IFMSK>0 BGL_LIGHT");
     EXPECT_TRUE(throwsPlatform([] { MDLObject().fixLights(); }, 91));
+
+    // Keys that a host gave to commands stay with them.
+    model = modelWith(*listOf({command(SETWRD, {"1", "2"}), maskTest(7), light()}));
+    model->BGLCommandList()->Add(command(SETWRD, {"3", "4"}), "Tail", 1);
+    model->fixLights();
+    EXPECT_EQ(model->BGLCommandList()->Item("tail"), model->BGLCommandList()->Item(1));
+    EXPECT_TRUE(throwsPlatform([&] { model->BGLCommandList()->Add(nullptr, "TAIL"); }, 457));
 }
 
 namespace {
