@@ -261,17 +261,19 @@ void floorWrite(const std::string& path, const std::string& bytes) {
     out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }
 
-double floorReadSeconds(const std::string& path) {
-    return medianSeconds([&] { benchmark::DoNotOptimize(floorRead(path)); });
+FloorSeconds measureFloor(const std::string& path) {
+    const std::string copy = benchFile("floor-copy.bin");
+    const std::string bytes = floorRead(path);
+    FloorSeconds floor;
+    floor.read = medianSeconds([&] { benchmark::DoNotOptimize(floorRead(path)); });
+    floor.write = medianSeconds([&] { floorWrite(copy, bytes); });
+    floor.roundTrip = medianSeconds([&] { floorWrite(copy, floorRead(path)); });
+    return floor;
 }
 
-double floorWriteSeconds(const std::string& path, const std::string& bytes) {
-    return medianSeconds([&] { floorWrite(path, bytes); });
-}
-
-void reportFloorRatio(benchmark::State& state, double floorSeconds) {
+void reportFloorRatio(benchmark::State& state, const char* name, double floorSeconds) {
     // A rate of iterations x floor over the elapsed time, inverted: time per iteration / floor.
-    state.counters["x_floor"] =
+    state.counters[name] =
         benchmark::Counter(static_cast<double>(state.iterations()) * floorSeconds,
                            benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }

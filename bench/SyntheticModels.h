@@ -51,15 +51,20 @@ seasonalTextures streamSeasons();
 std::string benchFile(const std::string& name);
 void writeFile(const std::string& path, const std::string& bytes);
 
-// The floor of a load and of a save: the file read into memory with plain stream calls, and
-// the bytes written to a file with them.
+// The floor: the file read into memory with plain stream calls, and the bytes written out to
+// another file with them.
 std::string floorRead(const std::string& path);
 void floorWrite(const std::string& path, const std::string& bytes);
-// Median seconds of one floor read or write of a file, over a few runs.
-double floorReadSeconds(const std::string& path);
-double floorWriteSeconds(const std::string& path, const std::string& bytes);
 
-// Adds the counter "x_floor": seconds per iteration over `floorSeconds` (needs UseRealTime).
-void reportFloorRatio(benchmark::State& state, double floorSeconds);
+// Median seconds, over a few runs, of the floor's two halves and of the whole round trip.
+struct FloorSeconds {
+    double read = 0;
+    double write = 0;
+    double roundTrip = 0;
+};
+FloorSeconds measureFloor(const std::string& path);
+
+// Adds the counter `name`: seconds per iteration over `floorSeconds` (needs UseRealTime).
+void reportFloorRatio(benchmark::State& state, const char* name, double floorSeconds);
 
 }  // namespace velmora::bench
