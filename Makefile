@@ -7,14 +7,17 @@ setup:
 	@./scripts/setup.sh
 
 demo: setup
-	@cmake -S . -B build/release -DCMAKE_BUILD_TYPE=Release -DVELMORA_BUILD_TESTS=OFF >/dev/null
+	@cmake -S . -B build/release -DCMAKE_BUILD_TYPE=Release -DVELMORA_BUILD_TESTS=OFF -DVELMORA_BUILD_BENCH=OFF -DVELMORA_PREVIEW=ON >/dev/null
 	@cmake --build build/release -j $(JOBS) --target velmora_cli
 	@./scripts/demo.sh build/release
 
 test: setup
-	@cmake -S . -B build/test -DCMAKE_BUILD_TYPE=Debug -DVELMORA_SANITIZE=ON >/dev/null
+	@cmake -S . -B build/test -DCMAKE_BUILD_TYPE=Debug -DVELMORA_SANITIZE=ON -DVELMORA_PREVIEW=ON >/dev/null
 	@cmake --build build/test -j $(JOBS)
 	@cd build/test && ctest --output-on-failure -j $(JOBS)
+	@cmake -S . -B build/tsan -DCMAKE_BUILD_TYPE=Debug -DVELMORA_TSAN=ON -DVELMORA_PREVIEW=OFF -DVELMORA_BUILD_BENCH=OFF >/dev/null
+	@cmake --build build/tsan -j $(JOBS) --target test_threads
+	@cd build/tsan && ctest --output-on-failure -R ConcurrentModels
 
 clean:
 	rm -rf build

@@ -10,6 +10,7 @@ packages=(
     libegl-dev libgl-dev libglu1-mesa-dev libegl-mesa0 libgl1-mesa-dri
     openscenegraph
     libcli11-dev nlohmann-json3-dev
+    clang libclang-rt-14-dev
     python3
 )
 

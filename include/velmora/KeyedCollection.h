@@ -90,6 +90,25 @@ public:
         byKey_.clear();
     }
 
+    // The key of the element at a 0-based index, as stored (case folded); "" for none.
+    std::string keyAt0(std::size_t index) const {
+        return keys_.empty() ? std::string() : keys_[index];
+    }
+
+    // Replaces the whole sequence, each element with the key at its place ("" for none); the
+    // keys must be unique. Used by bulk edits that rebuild a keyed list in one pass.
+    void assign(std::vector<Element> elements, std::vector<std::string> keys) {
+        byKey_.clear();
+        bool anyKey = false;
+        for (std::size_t i = 0; i < keys.size(); ++i) {
+            if (keys[i].empty()) continue;
+            anyKey = true;
+            byKey_.emplace(keys[i], elements[i]);
+        }
+        items_ = std::move(elements);
+        keys_ = anyKey ? std::move(keys) : std::vector<std::string>();
+    }
+
     // Empties the list from the last element to the first.
     void clear() {
         while (!items_.empty()) items_.pop_back();
