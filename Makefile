@@ -1,4 +1,5 @@
 # The two commands a newcomer needs: `make demo` and `make test`.
+MAKEFLAGS += --no-print-directory
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
 .PHONY: demo test setup clean
