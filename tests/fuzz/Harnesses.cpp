@@ -5,7 +5,10 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <string_view>
 
@@ -22,6 +25,19 @@ std::string scratchPath(const char* name) {
     return (std::filesystem::temp_directory_path() /
             ("velmora-fuzz-" + std::to_string(getpid()) + "-" + name))
         .string();
+}
+
+// An empty scratch folder of this process, for saves and exports.
+std::string scratchFolder() {
+    const std::string folder = scratchPath("files");
+    std::filesystem::remove_all(folder);
+    std::filesystem::create_directories(folder);
+    return folder;
+}
+
+std::string readWhole(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
 }  // namespace
@@ -53,6 +69,8 @@ void editChain(const uint8_t* data, std::size_t size) {
     } catch (const velmora::Error&) {
         return;
     }
+    // The last byte picks among the variants of each step, so the fuzzer can steer them.
+    const uint8_t choice = size > 0 ? data[size - 1] : 0;
     auto run = [](auto&& step) {
         try {
             step();
@@ -60,29 +78,58 @@ void editChain(const uint8_t* data, std::size_t size) {
         }
     };
     auto& commands = *model.BGLCommandList();
+    run([&] { model.updateData(); });
     run([&] {
+        // Conditions read and written back, unchanged or with one more test.
         auto conditions = commands.getConditions(-1);
+        if (choice & 1) {
+            auto test = conditions->Add();
+            test->cType(static_cast<velmora::CondType>(choice >> 1 & 3));
+            test->var("798");
+            test->min(static_cast<int16_t>(choice));
+            test->max(static_cast<int16_t>(choice * 3));
+            conditions->multiCondition(static_cast<velmora::eMultiCondition>(choice >> 3 & 3));
+        }
         commands.addCondition(conditions);
+        commands.getConditions(-1);
     });
     run([&] {
+        // Seasons read for each texture group and written back with new dates.
         int16_t group = 0;
-        for (const auto& texture : *model.TextureList()) texture->parent(++group);
+        for (const auto& texture : *model.TextureList()) {
+            if (choice & 32) texture->parent(++group);
+            model.readSeasonalDates(texture->parent());
+        }
         auto seasons = model.readSeasonalDates(1);
         seasons.active[0] = seasons.active[2] = true;
-        seasons.dayStart[0] = 60, seasons.dayEnd[0] = 300;
-        seasons.Material[2] = 1;
+        seasons.dayStart[0] = static_cast<int16_t>(choice), seasons.dayEnd[0] = 300;
+        seasons.Material[2] = static_cast<int16_t>(choice & 3);
         commands.addSeasonalTextures(seasons);
     });
     run([&] { model.fixLights(); });
     run([&] { model.updateTextureSize(); });
     run([&] {
-        model.addKillShadow();
-        const std::string path = scratchPath("model.mdl");
-        model.saveMDL(path);
-        velmora::MDLObject reloaded;
-        reloaded.readMDL(path);
-        std::remove(path.c_str());
+        if (choice & 64)
+            model.removeKillShadow();
+        else
+            model.addKillShadow();
     });
+    const std::string folder = scratchFolder();
+    run([&] {
+        // A saved model loads again and saves to the same bytes.
+        const std::string first = folder + "/first.mdl";
+        const std::string second = folder + "/second.mdl";
+        model.saveMDL(first);
+        velmora::MDLObject reloaded;
+        reloaded.readMDL(first);
+        reloaded.saveMDL(second);
+        if (readWhole(first) != readWhole(second)) std::abort();
+    });
+    if (choice & 128) {
+        run([&] { model.exportASM(folder + "/model.asm"); });
+        run([&] { model.exportFLT(folder + "/model.flt", "bmp", (choice & 16) != 0, choice); });
+    }
+    std::filesystem::remove_all(folder);
 }
 
 void scanCompiledScenery(const uint8_t* data, std::size_t size) {
