@@ -58,6 +58,9 @@ void XMLBGLSection::fillModelList(const std::shared_ptr<ModelList>& m, int16_t f
     if (!m) raisePlatformError(kObjectNotSet);
     if (!subSections_) return;
     const int64_t length = hex::fileLength(file);
+    // The models of one section hold no more bytes than the file: entries that all point at the
+    // same data can't make a small file load one model many times over.
+    int64_t modelBytes = 0;
     for (const auto& subSection : *subSections_) {
         const int64_t tableOffset = subSection->offset_;
         const int32_t count = subSection->numSubSection_;
@@ -74,7 +77,9 @@ void XMLBGLSection::fillModelList(const std::shared_ptr<ModelList>& m, int16_t f
                 hex::readLong(file);
             const int64_t dataStart = tableOffset + hex::readLong(file);
             const int32_t dataSize = hex::readLong(file);
-            if (dataStart < 0 || dataSize < 0 || dataSize > length - dataStart) {
+            modelBytes += dataSize;
+            if (dataStart < 0 || dataSize < 0 || dataSize > length - dataStart ||
+                modelBytes > length) {
                 scenery::raiseDamagedTable(table);
             }
             seekToOffset(file, dataStart);
