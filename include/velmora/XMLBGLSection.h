@@ -48,6 +48,8 @@ public:
 
 private:
     friend class BGLObject;
+    // `claimed` counts the bytes that the model tables and models read so far take in the file.
+    void fillModelList(const std::shared_ptr<ModelList>& m, int16_t file, int64_t& claimed);
 
     XMLBGLSectionType sectionType_ = static_cast<XMLBGLSectionType>(0);
     int32_t numSubSection_ = 0;

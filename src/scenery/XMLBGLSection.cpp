@@ -55,12 +55,18 @@ void XMLBGLSection::readSubSections(int16_t file) {
 }
 
 void XMLBGLSection::fillModelList(const std::shared_ptr<ModelList>& m, int16_t file) {
+    int64_t claimed = 0;
+    fillModelList(m, file, claimed);
+}
+
+// The model tables and the models of a file take no more bytes than the file holds, as they
+// don't overlap: tables or entries that all point at the same bytes can't make a small file
+// load one model many times over.
+void XMLBGLSection::fillModelList(const std::shared_ptr<ModelList>& m, int16_t file,
+                                  int64_t& claimed) {
     if (!m) raisePlatformError(kObjectNotSet);
     if (!subSections_) return;
     const int64_t length = hex::fileLength(file);
-    // The models of one section hold no more bytes than the file: entries that all point at the
-    // same data can't make a small file load one model many times over.
-    int64_t modelBytes = 0;
     for (const auto& subSection : *subSections_) {
         const int64_t tableOffset = subSection->offset_;
         const int32_t count = subSection->numSubSection_;
@@ -71,15 +77,17 @@ void XMLBGLSection::fillModelList(const std::shared_ptr<ModelList>& m, int16_t f
         if (!scenery::tableFitsInFile(file, tableOffset, count, kModelEntrySize)) {
             scenery::raiseDamagedTable(table);
         }
+        if (count > 0) claimed += count * kModelEntrySize;
+        if (claimed > length) scenery::raiseDamagedTable(table);
         for (int32_t j = 1; j <= count; ++j) {
             seekToOffset(file, (j - 1) * kModelEntrySize + tableOffset);
             for (int i = 0; i < 4; ++i)
                 hex::readLong(file);
             const int64_t dataStart = tableOffset + hex::readLong(file);
             const int32_t dataSize = hex::readLong(file);
-            modelBytes += dataSize;
+            if (dataSize > 0) claimed += dataSize;
             if (dataStart < 0 || dataSize < 0 || dataSize > length - dataStart ||
-                modelBytes > length) {
+                claimed > length) {
                 scenery::raiseDamagedTable(table);
             }
             seekToOffset(file, dataStart);

@@ -132,6 +132,24 @@ std::string compiledWithSharedModel(int32_t count, const std::string& model) {
            le32(count) + le32(modelTable) + le32(0) + entries + model;
 }
 
+// `sections` model sections that all name one table of `subSections` records, whose model
+// tables all name one table of `models` entries, each naming the same `model` bytes.
+std::string compiledWithSharedTables(int32_t sections, int32_t subSections, int32_t models,
+                                     const std::string& model) {
+    const int64_t subTable = 56 + 20 * int64_t{sections};
+    const int64_t modelTable = subTable + 16 * int64_t{subSections};
+    std::string file = compiledHeader(sections);
+    for (int32_t i = 0; i < sections; ++i)
+        file += le32(43) + le32(0) + le32(subSections) + le32(subTable) + le32(0);
+    for (int32_t i = 0; i < subSections; ++i)
+        file += le32(0) + le32(models) + le32(modelTable) + le32(0);
+    for (int32_t i = 0; i < models; ++i) {
+        file += le32(0) + le32(0) + le32(0) + le32(0) + le32(24 * int64_t{models}) +
+                le32(static_cast<int64_t>(model.size()));
+    }
+    return file + model;
+}
+
 void scan(const std::string& bytes) {
     TempDir folder;
     writeFile(folder.file("scenery.bgl"), bytes);
@@ -180,6 +198,12 @@ TEST(MemoryBound, CompiledTablesBeyondTheFileFailBeforeTheyAreRead) {
          100, source, modelTable},
         {"model size", compiledWithSharedModel(1, model).replace(112, 4, le32(0x7FFFFFF0)), 100,
          source, modelTable},
+        // Tables that all name the same bytes would hold their records many times over.
+        {"sections sharing a subsection table", compiledWithSharedTables(200, 100, 0, ""), 100,
+         source, "The subsection table of section 4 is damaged"},
+        {"subsections sharing a model table",
+         compiledWithSharedTables(200, 1, 1, riff(section("ISFT", std::string(400, 'z')))), 100,
+         source, "The model table of subsection 1 of section 11 is damaged"},
         // Entries that all name the same bytes would load one model a thousand times.
         {"models sharing their bytes",
          compiledWithSharedModel(1000, riff(section("ISFT", std::string(4000, 'z')))), 100, source,
