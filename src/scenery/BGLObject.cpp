@@ -74,14 +74,13 @@ void BGLObject::readXMLBGL(const std::string& f) {
 }
 
 void BGLObject::fillModels(int16_t file, int32_t firstOfThisFile) {
-    int64_t claimedByThisFile = 0;
+    detail::ScanBudget thisFile;
     for (const auto& section : *sections_) {
         if (section->sectionType() != mdl) continue;
         modelList_ = std::make_shared<velmora::ModelList>();
-        int64_t claimedByAnother = 0;
-        section->fillModelList(
-            modelList_, file,
-            section->position_ >= firstOfThisFile ? claimedByThisFile : claimedByAnother);
+        detail::ScanBudget anotherFile;
+        section->fillModelList(modelList_, file,
+                               section->position_ >= firstOfThisFile ? thisFile : anotherFile);
     }
 }
 

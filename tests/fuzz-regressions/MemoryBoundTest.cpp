@@ -213,6 +213,26 @@ TEST(MemoryBound, CompiledTablesBeyondTheFileFailBeforeTheyAreRead) {
         expectBounded(file, scan, 4 * file.bytes.size() + kFixedPart);
 }
 
+// A model's 16-bit counts may claim entries beyond its data once in a scan, not once per model.
+TEST(MemoryBound, ScannedModelsShareOneAllowanceForCountsBeyondTheirData) {
+    const std::string claiming = riff(section("VERT", le16(181) + le16(0xFFFF) + le32(0)) +
+                                      section("TEXT", le16(183) + le16(0x7FFF) + le32(0)));
+    std::string models;
+    std::string entries;
+    const int count = 40;
+    for (int i = 0; i < count; ++i) {
+        entries += le32(0) + le32(0) + le32(0) + le32(0) +
+                   le32(24 * count + static_cast<int64_t>(models.size())) +
+                   le32(static_cast<int64_t>(claiming.size()));
+        models += claiming;
+    }
+    const std::string file = compiledHeader(1) + le32(43) + le32(0) + le32(1) + le32(76) + le32(0) +
+                             le32(0) + le32(count) + le32(92) + le32(0) + entries + models;
+    expectBounded({"models whose counts all claim entries beyond their data", file, 100,
+                   "Velmora.BGLObject", "The model table of subsection 1 of section 1 is damaged"},
+                  scan, 4 * file.size() + 2 * kSixteenBitPart);
+}
+
 // A 16-bit count reads the entries beyond the data as zeros: bounded by 65,535, whatever the
 // file. A 32-bit size beyond the data is refused first.
 TEST(MemoryBound, SixteenBitCountsCostAtMostTheirBoundedEntries) {
