@@ -56,8 +56,10 @@ void decodeStream(const uint8_t* data, std::size_t size) {
     try {
         list.readList(std::string(asBytes(data, size)));
         const std::string encoded = list.asString();
+        // What the list writes, it reads back to the same commands: a second pass is stable.
         velmora::BGLCommandList again;
         again.readList(encoded);
+        if (again.asString() != encoded) std::abort();
     } catch (const velmora::Error&) {
     }
 }
