@@ -14,7 +14,8 @@ namespace {
 constexpr int kValues = 1 << 20;  // 4 MB of 32-bit values
 
 void writeValues(int16_t file) {
-    for (int i = 0; i < kValues; ++i) hex::writeLong(file, i);
+    for (int i = 0; i < kValues; ++i)
+        hex::writeLong(file, i);
 }
 
 void BM_MemoryWriteLong(benchmark::State& state) {
@@ -34,7 +35,8 @@ void BM_MemoryReadLong(benchmark::State& state) {
     for (auto _ : state) {
         hex::MemoryReader reader(bytes);
         int64_t sum = 0;
-        for (int i = 0; i < kValues; ++i) sum += hex::readLong(reader.file());
+        for (int i = 0; i < kValues; ++i)
+            sum += hex::readLong(reader.file());
         benchmark::DoNotOptimize(sum);
     }
     state.SetBytesProcessed(state.iterations() * kValues * 4);
@@ -72,7 +74,8 @@ void BM_FileReadLong(benchmark::State& state) {
         const int16_t file = hex::nextFreeFile();
         hex::openReadOnlyFile(file, path);
         int64_t sum = 0;
-        for (int i = 0; i < kValues; ++i) sum += hex::readLong(file);
+        for (int i = 0; i < kValues; ++i)
+            sum += hex::readLong(file);
         hex::closeFile(file);
         benchmark::DoNotOptimize(sum);
     }
@@ -82,5 +85,3 @@ void BM_FileReadLong(benchmark::State& state) {
 BENCHMARK(BM_FileReadLong)->Unit(benchmark::kMillisecond);
 
 }  // namespace
-
-BENCHMARK_MAIN();

@@ -1,132 +1,153 @@
-// Loading and saving a model of the largest size a model file allows (65,535 vertices) with
-// about 30,000 commands, beside the floor: the same bytes read and written with plain streams.
+// Loading and saving whole models, each beside its floor measured in the same run: the same
+// file read into memory and written out again with plain stream calls ("x_floor"), and each
+// half alone ("x_read" for a load, "x_write" for a save).
+//
+// Sizes: small (~300 commands), saveable (65,535 vertices, 1,000 materials and textures,
+// ~30,000 commands: the most a save may count) and large (the same tables, ~60,000 commands,
+// loaded only).
 #include <velmora/MDLObject.h>
+
+#include "AllocationCounter.h"
+#include "SyntheticModels.h"
 
 #include <benchmark/benchmark.h>
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <array>
+#include <memory>
 #include <string>
 
-#include <unistd.h>
-
 using namespace velmora;
+using namespace velmora::bench;
 
 namespace {
 
-constexpr int kVertices = 65535;
-constexpr int kBlocks = 1000;           // SET_MATERIAL, a list header and its triangles
-constexpr int kTrianglesPerBlock = 28;  // 1000 x 30 commands + BGL_END
+enum Size : int { kSmall = 0, kSaveable = 1, kLarge = 2 };
 
-std::shared_ptr<BGLCommand> addCommand(BGLCommandList& list, BGLOpcode opcode,
-                                       std::initializer_list<int> params) {
-    auto command = list.Add();
-    command->opcode(opcode);
-    int16_t slot = 0;
-    for (int value : params)
-        command->param(slot++, std::to_string(value));
-    return command;
-}
-
-// Builds the model through the public interface and saves it once.
-class SyntheticModel {
-  public:
-    SyntheticModel() {
-        const auto folder = std::filesystem::temp_directory_path();
-        const std::string stem = "velmora-bench-" + std::to_string(getpid());
-        path_ = (folder / (stem + ".mdl")).string();
-        copyPath_ = (folder / (stem + "-copy.mdl")).string();
-
-        MDLObject model;
-        const std::string emptyModel = std::string("RIFF\x04\0\0\0MDL9", 12);
-        model.readMDLBytes(emptyModel, path_);
-        model.MDLHeader()->param(0, 1);
-        model.BoundingBox()->xmax(100);
-        for (int i = 0; i < 8; ++i) {
-            auto shade = model.MaterialList()->Add();
-            shade->Diffuse()->r(static_cast<float>(i) / 8);
-            shade->Power(10);
-        }
-        for (int i = 0; i < 16; ++i) {
-            model.TextureList()->Add()->bitmap("texture" + std::to_string(i) + ".bmp");
-        }
-        for (int i = 0; i < kVertices; ++i) {
-            auto vertex = model.VertexList()->Add();
-            vertex->x(static_cast<float>(i % 256));
-            vertex->y(static_cast<float>(i / 256));
-            vertex->nz(1);
-            vertex->tx(static_cast<float>(i % 7) / 7);
-        }
-        BGLCommandList& commands = *model.BGLCommandList();
-        for (int block = 0; block < kBlocks; ++block) {
-            addCommand(commands, SET_MATERIAL, {block % 8, block % 16});
-            addCommand(commands, DRAW_TRI_LIST_BEGIN,
-                       {(block * 60) % 60000, 0, kTrianglesPerBlock * 3});
-            for (int t = 0; t < kTrianglesPerBlock; ++t) {
-                addCommand(commands, DRAW_TRI_LIST_ITEM, {t, t + 1, t + 2});
-            }
-        }
-        addCommand(commands, BGL_END, {});
-        model.saveMDL(path_);
-        bytes_ = static_cast<int64_t>(std::filesystem::file_size(path_));
-    }
-
-    ~SyntheticModel() {
-        std::error_code ignored;
-        std::filesystem::remove(path_, ignored);
-        std::filesystem::remove(copyPath_, ignored);
-    }
-
-    const std::string& path() const { return path_; }
-    const std::string& copyPath() const { return copyPath_; }
-    int64_t bytes() const { return bytes_; }
-
-  private:
-    std::string path_;
-    std::string copyPath_;
-    int64_t bytes_ = 0;
+struct ModelFile {
+    std::string path;
+    std::string bytes;
 };
 
-const SyntheticModel& syntheticModel() {
-    static const SyntheticModel model;
-    return model;
+const ModelFile& modelOf(int64_t size) {
+    static std::array<ModelFile, 3> files;
+    ModelFile& file = files[static_cast<std::size_t>(size)];
+    if (file.bytes.empty()) {
+        const ModelShape shape = size == kSmall      ? smallShape()
+                                 : size == kSaveable ? saveableShape()
+                                                     : largeShape();
+        static constexpr std::array<const char*, 3> names{"small.mdl", "saveable.mdl", "large.mdl"};
+        file.path = benchFile(names[static_cast<std::size_t>(size)]);
+        file.bytes = modelFile(shape);
+        writeFile(file.path, file.bytes);
+    }
+    return file;
+}
+
+void loadSizes(benchmark::internal::Benchmark* b) {
+    b->ArgName("size")->Arg(kSmall)->Arg(kSaveable)->Arg(kLarge);
+    b->Unit(benchmark::kMillisecond)->UseRealTime();
+}
+
+void saveSizes(benchmark::internal::Benchmark* b) {
+    b->ArgName("size")->Arg(kSmall)->Arg(kSaveable);
+    b->Unit(benchmark::kMillisecond)->UseRealTime();
 }
 
 void BM_ReadMDL(benchmark::State& state) {
-    const SyntheticModel& source = syntheticModel();
+    const ModelFile& file = modelOf(state.range(0));
+    const FloorSeconds floor = measureFloor(file.path);
+    int64_t commands = 0;
     for (auto _ : state) {
-        MDLObject model;
-        model.readMDL(source.path());
-        benchmark::DoNotOptimize(model.VertexList()->Count());
+        auto model = std::make_unique<MDLObject>();
+        model->readMDL(file.path);
+        commands = model->BGLCommandList()->Count();
+        // The release of the model is not part of the load.
+        state.PauseTiming();
+        model.reset();
+        state.ResumeTiming();
     }
-    state.SetBytesProcessed(state.iterations() * source.bytes());
+    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(file.bytes.size()));
+    state.SetItemsProcessed(state.iterations() * commands);
+    state.counters["commands"] = static_cast<double>(commands);
+    reportFloorRatio(state, "x_floor", floor.roundTrip);
+    reportFloorRatio(state, "x_read", floor.read);
 }
-BENCHMARK(BM_ReadMDL)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ReadMDL)->Apply(loadSizes);
 
 void BM_SaveMDL(benchmark::State& state) {
-    const SyntheticModel& source = syntheticModel();
+    const ModelFile& file = modelOf(state.range(0));
+    const std::string target = benchFile("saved.mdl");
+    const FloorSeconds floor = measureFloor(file.path);
     MDLObject model;
-    model.readMDL(source.path());
+    model.readMDL(file.path);
     for (auto _ : state)
-        model.saveMDL(source.copyPath());
-    state.SetBytesProcessed(state.iterations() * source.bytes());
+        model.saveMDL(target);
+    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(file.bytes.size()));
+    state.SetItemsProcessed(state.iterations() * model.BGLCommandList()->Count());
+    reportFloorRatio(state, "x_floor", floor.roundTrip);
+    reportFloorRatio(state, "x_write", floor.write);
 }
-BENCHMARK(BM_SaveMDL)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_SaveMDL)->Apply(saveSizes);
 
-// What any load and save costs at least: the file read into memory and written out again.
-void BM_ModelFileFloor(benchmark::State& state) {
-    const SyntheticModel& source = syntheticModel();
-    for (auto _ : state) {
-        std::ifstream in(source.path(), std::ios::binary);
-        const std::string bytes{std::istreambuf_iterator<char>(in),
-                                std::istreambuf_iterator<char>()};
-        std::ofstream out(source.copyPath(), std::ios::binary | std::ios::trunc);
-        out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        benchmark::DoNotOptimize(bytes.data());
-    }
-    state.SetBytesProcessed(state.iterations() * source.bytes());
+// The floor itself, for the table: the round trip and its two halves.
+void BM_Floor(benchmark::State& state) {
+    const ModelFile& file = modelOf(state.range(0));
+    const std::string target = benchFile("floor.mdl");
+    for (auto _ : state)
+        floorWrite(target, floorRead(file.path));
+    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(file.bytes.size()));
 }
-BENCHMARK(BM_ModelFileFloor)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Floor)->Apply(loadSizes);
+
+void BM_FloorRead(benchmark::State& state) {
+    const ModelFile& file = modelOf(state.range(0));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(floorRead(file.path));
+    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(file.bytes.size()));
+}
+BENCHMARK(BM_FloorRead)->Apply(loadSizes);
+
+void BM_FloorWrite(benchmark::State& state) {
+    const ModelFile& file = modelOf(state.range(0));
+    const std::string target = benchFile("floor.mdl");
+    for (auto _ : state)
+        floorWrite(target, file.bytes);
+    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(file.bytes.size()));
+}
+BENCHMARK(BM_FloorWrite)->Apply(loadSizes);
+
+// What a load of the large model holds and needs at most: the peak over the load (the file,
+// its sections and the decoded lists at once), and what stays per command and per vertex.
+void BM_LargeModelMemory(benchmark::State& state) {
+    const ModelFile& file = modelOf(kLarge);
+    double peak = 0;
+    double held = 0;
+    double perCommand = 0;
+    double perVertex = 0;
+    for (auto _ : state) {
+        const int64_t before = heldBytes();
+        resetPeak();
+        MDLObject model;
+        model.readMDL(file.path);
+        peak = static_cast<double>(peakHeldBytes() - before);
+        held = static_cast<double>(heldBytes() - before);
+
+        const int64_t beforeVertices = heldBytes();
+        VertexList vertices;
+        vertices.fillCollection(model.getRIFFSectionData(model.getRIFFSectionIndex("VERT")));
+        perVertex = static_cast<double>(heldBytes() - beforeVertices) / vertices.Count();
+
+        const int64_t beforeCommands = heldBytes();
+        BGLCommandList commands;
+        commands.readList(model.getRIFFSectionData(model.getRIFFSectionIndex("BGL ")));
+        perCommand = static_cast<double>(heldBytes() - beforeCommands) / commands.Count();
+    }
+    state.counters["file_MiB"] = static_cast<double>(file.bytes.size()) / (1 << 20);
+    state.counters["peak_load_MiB"] = peak / (1 << 20);
+    state.counters["held_MiB"] = held / (1 << 20);
+    state.counters["bytes_per_command"] = perCommand;
+    state.counters["bytes_per_vertex"] = perVertex;
+}
+BENCHMARK(BM_LargeModelMemory)->Unit(benchmark::kMillisecond)->Iterations(3);
 
 }  // namespace

@@ -40,7 +40,12 @@ void writeParameter(int16_t file, const BGLCommandDictEntry& row, const BGLComma
 
 std::string BGLCommandList::asString() {
     updateJumpSize();
-    hex::MemoryWriter writer;
+    // Every opcode has passed the jump pass, so the rows give the size of the stream.
+    std::size_t streamBytes = 0;
+    for (const auto& element : commands_.elements()) {
+        streamBytes += static_cast<std::size_t>(detail::rowOfOpcode(element->opcode()).length);
+    }
+    hex::MemoryWriter writer(streamBytes);
     const int16_t file = writer.file();
     for (const auto& element : commands_.elements()) {
         const BGLCommand& command = *element;

@@ -15,11 +15,24 @@ using detail::CommandSlots;
 // Offsets count from the jumping command's own first byte. The target is the first command at
 // or after the jumping one whose end lies at least two bytes past the offset: the start of a
 // command, or a point inside it with two bytes of it left. Offsets of -2 and below give the
-// command in front. The whole list is measured once, so each jump is one binary search.
+// command in front. The whole list is measured once and indexed by byte position, so each jump
+// is a lookup and a step or two: the pass stays linear in the list.
 void BGLCommandList::processJumpDest() {
     const auto& elements = commands_.elements();
     const std::vector<int64_t> ends = detail::commandEnds(commands_);
     const auto count = static_cast<int64_t>(elements.size());
+    // firstEndFrom[b]: the first k whose ends[k] reaches byte b * 16.
+    constexpr int kBucketShift = 4;
+    const int64_t total = ends.back();
+    std::vector<int32_t> firstEndFrom(static_cast<std::size_t>((total >> kBucketShift) + 1));
+    {
+        int64_t k = 0;
+        for (std::size_t b = 0; b < firstEndFrom.size(); ++b) {
+            const int64_t bucketStart = static_cast<int64_t>(b) << kBucketShift;
+            while (ends[static_cast<std::size_t>(k)] < bucketStart) ++k;
+            firstEndFrom[b] = static_cast<int32_t>(k);
+        }
+    }
     for (int64_t n = 1; n <= count; ++n) {
         yieldToHost();
         BGLCommand& command = *elements[static_cast<std::size_t>(n - 1)];
@@ -30,10 +43,12 @@ void BGLCommandList::processJumpDest() {
             int64_t target = n - 1;
             if (offset > -2) {
                 const int64_t reach = ends[static_cast<std::size_t>(n - 1)] + offset + 2;
-                const auto found = std::lower_bound(ends.begin() + n, ends.end(), reach);
                 // Running off the list is the failed lookup of command Count + 1.
-                if (found == ends.end()) raisePlatformError(kSubscriptOutOfRange);
-                target = found - ends.begin();
+                if (reach > total) raisePlatformError(kSubscriptOutOfRange);
+                // The first k from n on whose end reaches `reach`.
+                target = std::max<int64_t>(
+                    n, firstEndFrom[static_cast<std::size_t>(reach >> kBucketShift)]);
+                while (ends[static_cast<std::size_t>(target)] < reach) ++target;
             }
             CommandSlots::setJump(command, i, static_cast<int32_t>(target));
         }

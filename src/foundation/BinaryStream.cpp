@@ -10,12 +10,11 @@
 namespace velmora {
 
 void MemoryStream::read(void* target, std::size_t count) {
-    const std::string_view data = bytes();
     auto* out = static_cast<unsigned char*>(target);
     std::size_t available = 0;
-    if (offset_ >= 0 && offset_ < static_cast<int64_t>(data.size())) {
-        available = std::min(count, data.size() - static_cast<std::size_t>(offset_));
-        std::memcpy(out, data.data() + offset_, available);
+    if (offset_ >= 0 && static_cast<std::size_t>(offset_) < length_) {
+        available = std::min(count, length_ - static_cast<std::size_t>(offset_));
+        std::memcpy(out, data_ + offset_, available);
     }
     if (available < count) std::memset(out + available, 0, count - available);
     offset_ += static_cast<int64_t>(count);
@@ -23,30 +22,42 @@ void MemoryStream::read(void* target, std::size_t count) {
 
 void MemoryStream::makeOwned() {
     if (viewOnly_) {
-        buffer_.assign(view_.data(), view_.size());
+        buffer_.assign(data_, length_);
+        data_ = buffer_.data();
         viewOnly_ = false;
     }
+}
+
+void MemoryStream::grow(std::size_t end) {
+    if (end <= buffer_.size()) return;
+    // Doubling keeps a long run of small writes linear; the new room is zeros.
+    buffer_.resize(std::max({end, buffer_.size() * 2, std::size_t{256}}), '\0');
+    data_ = buffer_.data();
+}
+
+void MemoryStream::reserve(std::size_t count) {
+    makeOwned();
+    grow(count);
 }
 
 void MemoryStream::write(const void* source, std::size_t count) {
     makeOwned();
     const auto end = static_cast<std::size_t>(offset_) + count;
-    if (buffer_.size() < end) {
-        if (buffer_.size() == static_cast<std::size_t>(offset_)) {
-            buffer_.append(static_cast<const char*>(source), count);
-            offset_ += static_cast<int64_t>(count);
-            return;
-        }
-        buffer_.resize(end, '\0');
-    }
-    std::memcpy(buffer_.data() + offset_, source, count);
-    offset_ += static_cast<int64_t>(count);
+    grow(end);
+    if (count > 0) std::memcpy(buffer_.data() + offset_, source, count);
+    offset_ = static_cast<int64_t>(end);
+    if (end > length_) length_ = end;
 }
 
 std::string MemoryStream::take() {
     makeOwned();
+    buffer_.resize(length_);
+    std::string bytes = std::move(buffer_);
+    buffer_.clear();
+    data_ = buffer_.data();
+    length_ = 0;
     offset_ = 0;
-    return std::move(buffer_);
+    return bytes;
 }
 
 FileStream::FileStream(const std::string& path, bool writable) : path_(path) {
@@ -62,9 +73,7 @@ FileStream::FileStream(const std::string& path, bool writable) : path_(path) {
     std::fseek(file_, 0, SEEK_SET);
 }
 
-FileStream::~FileStream() {
-    if (file_ != nullptr) std::fclose(file_);
-}
+FileStream::~FileStream() { if (file_ != nullptr) std::fclose(file_); }
 
 void FileStream::placeAt(bool forWriting) {
     // A stdio stream needs a seek between reading and writing.

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -22,25 +23,56 @@ public:
 };
 
 // A stream over bytes in memory: a read-only view of the caller's bytes, or an owned buffer.
+// The typed reads and writes of a few bytes take the inline paths readValue and writeValue.
 class MemoryStream final : public BinaryStream {
 public:
     MemoryStream() = default;
-    explicit MemoryStream(std::string_view view) : view_(view), viewOnly_(true) {}
+    explicit MemoryStream(std::string_view view)
+        : data_(view.data()), length_(view.size()), viewOnly_(true) {}
 
     void read(void* target, std::size_t count) override;
     void write(const void* source, std::size_t count) override;
     void seek(int64_t offset) override { offset_ = offset; }
     int64_t offset() const override { return offset_; }
-    int64_t length() const override { return static_cast<int64_t>(bytes().size()); }
+    int64_t length() const override { return static_cast<int64_t>(length_); }
     void close() override {}
 
+    // Room for `count` bytes in all, so that a writer that knows its size grows only once.
+    void reserve(std::size_t count);
     std::string take();
-    std::string_view bytes() const { return viewOnly_ ? view_ : std::string_view(buffer_); }
+    std::string_view bytes() const { return {data_, length_}; }
+
+    template <class T>
+    void readValue(T& value) {
+        if (offset_ >= 0 && static_cast<std::size_t>(offset_) + sizeof(T) <= length_) {
+            std::memcpy(&value, data_ + offset_, sizeof(T));
+            offset_ += static_cast<int64_t>(sizeof(T));
+        } else {
+            read(&value, sizeof(T));
+        }
+    }
+
+    template <class T>
+    void writeValue(const T& value) {
+        const auto end = static_cast<std::size_t>(offset_) + sizeof(T);
+        if (!viewOnly_ && offset_ >= 0 && end <= buffer_.size()) {
+            std::memcpy(buffer_.data() + offset_, &value, sizeof(T));
+            offset_ = static_cast<int64_t>(end);
+            if (end > length_) length_ = end;
+        } else {
+            write(&value, sizeof(T));
+        }
+    }
 
 private:
     void makeOwned();
+    void grow(std::size_t end);
 
-    std::string_view view_;
+    // The bytes: the caller's view, or the first length_ bytes of buffer_. An owned buffer is
+    // kept longer than its content and zero beyond it, so that writes rarely reallocate and a
+    // write past the end finds its gap already filled with zeros.
+    const char* data_ = nullptr;
+    std::size_t length_ = 0;
     bool viewOnly_ = false;
     std::string buffer_;
     int64_t offset_ = 0;

@@ -16,32 +16,57 @@ namespace velmora::hex {
 namespace {
 
 constexpr int kFileNumbers = 256;
-thread_local std::array<std::unique_ptr<BinaryStream>, kFileNumbers> openStreams;
 
-BinaryStream& streamOf(int16_t file) {
-    if (file < 1 || file >= kFileNumbers || !openStreams[static_cast<std::size_t>(file)]) {
+// An open file number: its stream, and the same stream as a MemoryStream when it is one, so
+// that the typed reads and writes of in-memory bytes take its inline paths.
+struct OpenStream {
+    std::unique_ptr<BinaryStream> stream;
+    MemoryStream* memory = nullptr;
+};
+thread_local std::array<OpenStream, kFileNumbers> openStreams;
+
+OpenStream& openStreamOf(int16_t file) {
+    if (file < 1 || file >= kFileNumbers || !openStreams[static_cast<std::size_t>(file)].stream) {
         raisePlatformError(kInvalidProcedureCall);
     }
-    return *openStreams[static_cast<std::size_t>(file)];
+    return openStreams[static_cast<std::size_t>(file)];
 }
 
-void install(int16_t file, std::unique_ptr<BinaryStream> stream) {
+BinaryStream& streamOf(int16_t file) { return *openStreamOf(file).stream; }
+
+void install(int16_t file, std::unique_ptr<BinaryStream> stream, MemoryStream* memory = nullptr) {
     if (file < 1 || file >= kFileNumbers) raisePlatformError(kInvalidProcedureCall);
     auto& slot = openStreams[static_cast<std::size_t>(file)];
-    if (slot) raisePlatformError(kPathFileAccessError);  // number already in use
-    slot = std::move(stream);
+    if (slot.stream) raisePlatformError(kPathFileAccessError);  // number already in use
+    slot.stream = std::move(stream);
+    slot.memory = memory;
+}
+
+void installMemory(int16_t file, std::unique_ptr<MemoryStream> stream) {
+    MemoryStream* memory = stream.get();
+    install(file, std::move(stream), memory);
 }
 
 template <class T>
 T readRaw(int16_t file) {
     T value;
-    streamOf(file).read(&value, sizeof value);
+    OpenStream& open = openStreamOf(file);
+    if (open.memory != nullptr) {
+        open.memory->readValue(value);
+    } else {
+        open.stream->read(&value, sizeof value);
+    }
     return value;
 }
 
 template <class T>
 void writeRaw(int16_t file, T value) {
-    streamOf(file).write(&value, sizeof value);
+    OpenStream& open = openStreamOf(file);
+    if (open.memory != nullptr) {
+        open.memory->writeValue(value);
+    } else {
+        open.stream->write(&value, sizeof value);
+    }
 }
 
 template <class T>
@@ -57,7 +82,7 @@ T reversed(T value) {
 
 int16_t nextFreeFile() {
     for (int16_t file = 1; file < kFileNumbers; ++file) {
-        if (!openStreams[static_cast<std::size_t>(file)]) return file;
+        if (!openStreams[static_cast<std::size_t>(file)].stream) return file;
     }
     raisePlatformError(kPathFileAccessError);
 }
@@ -71,16 +96,21 @@ void openReadOnlyFile(int16_t file, const std::string& path) {
 }
 
 void openMemoryReader(int16_t file, std::string_view bytes) {
-    install(file, std::make_unique<MemoryStream>(bytes));
+    installMemory(file, std::make_unique<MemoryStream>(bytes));
 }
 
-void openMemoryWriter(int16_t file) { install(file, std::make_unique<MemoryStream>()); }
+void openMemoryWriter(int16_t file, std::size_t expectedBytes) {
+    auto stream = std::make_unique<MemoryStream>();
+    if (expectedBytes > 0) stream->reserve(expectedBytes);
+    installMemory(file, std::move(stream));
+}
 
 std::string takeMemoryBytes(int16_t file) {
-    auto* memory = dynamic_cast<MemoryStream*>(&streamOf(file));
-    if (memory == nullptr) raisePlatformError(kInvalidProcedureCall);
-    std::string bytes = memory->take();
-    openStreams[static_cast<std::size_t>(file)].reset();
+    OpenStream& open = openStreamOf(file);
+    if (open.memory == nullptr) raisePlatformError(kInvalidProcedureCall);
+    std::string bytes = open.memory->take();
+    open.stream.reset();
+    open.memory = nullptr;
     return bytes;
 }
 
@@ -97,8 +127,9 @@ void seekFile(int16_t file, int32_t position) {
 
 void closeFile(int16_t file) {
     auto& slot = openStreams[static_cast<std::size_t>(file < 1 || file >= kFileNumbers ? 0 : file)];
-    if (!slot) return;
-    std::unique_ptr<BinaryStream> stream = std::move(slot);
+    if (!slot.stream) return;
+    std::unique_ptr<BinaryStream> stream = std::move(slot.stream);
+    slot.memory = nullptr;
     stream->close();
 }
 
@@ -196,7 +227,9 @@ MemoryReader::MemoryReader(std::string_view bytes) : file_(nextFreeFile()) {
 
 MemoryReader::~MemoryReader() { closeFile(file_); }
 
-MemoryWriter::MemoryWriter() : file_(nextFreeFile()) { openMemoryWriter(file_); }
+MemoryWriter::MemoryWriter(std::size_t expectedBytes) : file_(nextFreeFile()) {
+    openMemoryWriter(file_, expectedBytes);
+}
 
 MemoryWriter::~MemoryWriter() { closeFile(file_); }
 

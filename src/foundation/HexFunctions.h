@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -20,8 +21,8 @@ void openBinaryFile(int16_t file, const std::string& path);
 void openReadOnlyFile(int16_t file, const std::string& path);
 // Opens a read-only stream over `bytes`, which must outlive it.
 void openMemoryReader(int16_t file, std::string_view bytes);
-// Opens an empty in-memory stream to be written.
-void openMemoryWriter(int16_t file);
+// Opens an empty in-memory stream to be written, with room for `expectedBytes` (a hint).
+void openMemoryWriter(int16_t file, std::size_t expectedBytes = 0);
 // Closes an in-memory stream and gives its bytes.
 std::string takeMemoryBytes(int16_t file);
 
@@ -76,7 +77,8 @@ private:
 // Opens an in-memory stream for typed writes; take() gives the byte string built.
 class MemoryWriter {
 public:
-    MemoryWriter();
+    // `expectedBytes` is room taken at once for a content whose size is known (a hint).
+    explicit MemoryWriter(std::size_t expectedBytes = 0);
     ~MemoryWriter();
     MemoryWriter(const MemoryWriter&) = delete;
     MemoryWriter& operator=(const MemoryWriter&) = delete;

@@ -96,7 +96,12 @@ void MDLObject::saveMDL(const std::string& file) {
     updateData();
     // The table is written flat in its own order; "EXTE" has no payload, so the sections after
     // it land inside it.
-    hex::MemoryWriter writer;
+    std::size_t fileBytes = 0;
+    for (int16_t i = 0; i < sections::kKnownSections; ++i) {
+        const RIFFSection& entry = sectionTable_[static_cast<std::size_t>(i)];
+        if (entry.size > 0) fileBytes += entry.tag.size() + 4 + entry.data.size();
+    }
+    hex::MemoryWriter writer(fileBytes);
     const int16_t out = writer.file();
     for (int16_t i = 0; i < sections::kKnownSections; ++i) {
         const RIFFSection& entry = sectionTable_[static_cast<std::size_t>(i)];

@@ -82,7 +82,7 @@ void MaterialList::readList(const std::string& data) {
 
 std::string MaterialList::asString() const {
     const int16_t count = numbers::narrow16(items_.Count());
-    hex::MemoryWriter writer;
+    hex::MemoryWriter writer(static_cast<std::size_t>(count) * 68 + 10);
     const int16_t file = writer.file();
     hex::writeInteger(file, kMaterialListBegin);
     hex::writeInteger(file, count);

@@ -74,7 +74,7 @@ void TextureList::fillCollection(const std::string& data) {
 
 std::string TextureList::asString() const {
     const int16_t count = numbers::narrow16(items_.Count());
-    hex::MemoryWriter writer;
+    hex::MemoryWriter writer(static_cast<std::size_t>(count) * 80 + 10);
     const int16_t file = writer.file();
     hex::writeInteger(file, kTextureListBegin);
     hex::writeInteger(file, count);

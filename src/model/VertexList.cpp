@@ -74,7 +74,7 @@ void VertexList::fillCollection(const std::string& data) {
 std::string VertexList::asString() const {
     // The count field is unsigned 16-bit; a longer list can't be saved.
     if (items_.Count() > kMostVertices) raisePlatformError(kOverflow);
-    hex::MemoryWriter writer;
+    hex::MemoryWriter writer(static_cast<std::size_t>(items_.Count()) * 32 + 10);
     const int16_t file = writer.file();
     hex::writeInteger(file, kVertexListBegin);
     hex::writeUInteger(file, items_.Count());

@@ -34,9 +34,11 @@ bool BGLObject::isXMLBGL(const std::string& f) {
 
 void BGLObject::readXMLBGL(const std::string& f) {
     if (!fs::fileExists(f)) return;
-    hex::ScopedFile scoped(hex::nextFreeFile());
-    const int16_t file = scoped.file();
-    hex::openReadOnlyFile(file, f);
+    // Read once and walked in memory: the tables send the walk back and forth through the
+    // file, and on disk every such step costs a seek and a new read.
+    const std::string bytes = fs::readWholeFile(f);
+    hex::MemoryReader reader(bytes);
+    const int16_t file = reader.file();
 
     if (hex::readInteger(file) != kXMLBGLMagic) {
         raiseLibraryError(scenery::kSource, "This is not a valid XML style BGL file");
@@ -70,7 +72,6 @@ void BGLObject::readXMLBGL(const std::string& f) {
         section->readSubSections(file);
     }
     fillModels(file, firstOfThisFile);
-    scoped.close();
 }
 
 void BGLObject::fillModels(int16_t file, int32_t firstOfThisFile) {

@@ -1,10 +1,12 @@
 #include <velmora/BGLCommandList.h>
 
-#include "StreamAssembler.h"
 #include "support/Bytes.h"
 #include "support/ErrorMatchers.h"
+#include "support/StreamAssembler.h"
 
 #include <gtest/gtest.h>
+
+#include <random>
 
 using namespace velmora;
 using namespace bgltest;
@@ -12,146 +14,64 @@ using testbytes::hex;
 using testbytes::le16;
 using testbytes::le32;
 
-namespace {
-
-// JUMP (4 bytes at 0), SET_MATERIAL (6 bytes at 4), BGL_END (2 bytes at 10): where a jump with
-// `offset` from the first command leads.
-int32_t destinationOf(int offset) {
-    BGLCommandList list;
-    list.readList(le16(13) + le16(offset) + le16(184) + le16(0) + le16(0) + le16(189));
-    return list.Item(1)->jumpDest(0);
-}
-
-}  // namespace
-
-TEST(BGLCommandListJumps, OffsetsResolveToTheCommandTheWalkFinds) {
-    EXPECT_EQ(destinationOf(4), 2) << "the first byte of a command";
-    EXPECT_EQ(destinationOf(10), 3);
-    EXPECT_EQ(destinationOf(0), 1) << "0 is the command itself";
-    EXPECT_EQ(destinationOf(-1), 1);
-    EXPECT_EQ(destinationOf(-2), 0) << "-2 and less: the command in front, 0 for the first";
-    EXPECT_EQ(destinationOf(-4), 0);
-    EXPECT_EQ(destinationOf(1), 1) << "inside the jump, 3 bytes of it left";
-    EXPECT_EQ(destinationOf(2), 1);
-    EXPECT_EQ(destinationOf(3), 2) << "the last byte of a command goes on to the next";
-    EXPECT_EQ(destinationOf(5), 2);
-    EXPECT_EQ(destinationOf(8), 2) << "two bytes of SET_MATERIAL left";
-    EXPECT_EQ(destinationOf(9), 3);
-    for (int offBeyond : {11, 12, 1000}) {
+TEST(Jumps, OffsetsResolveToTheCommandTheWalkFinds) {
+    // JUMP (4 bytes at 0), SET_MATERIAL (6 bytes at 4), BGL_END (2 bytes at 10).
+    const auto stream = [](int offset) {
+        return le16(13) + le16(offset) + le16(184) + le16(0) + le16(0) + le16(189);
+    };
+    const std::pair<int, int32_t> cases[] = {
+        {4, 2},  {10, 3},  // the first byte of a command
+        {0, 1},  {-1, 1},  // 0 is the command itself
+        {-2, 0}, {-4, 0},  // -2 and less: the command in front, 0 for the first
+        {1, 1},  {2, 1},   // inside the jump, with 3 and 2 bytes of it left
+        {3, 2},  {5, 2},   // the last byte of a command goes on to the next
+        {8, 2},  {9, 3},   // two bytes of SET_MATERIAL left, and one
+    };
+    for (const auto& [offset, destination] : cases) {
         BGLCommandList list;
-        EXPECT_TRUE(throwsPlatform(
-            [&] {
-                list.readList(le16(13) + le16(offBeyond) + le16(184) + le16(0) + le16(0) +
-                              le16(189));
-            },
-            9))
-            << offBeyond;
+        list.readList(stream(offset));
+        EXPECT_EQ(list.Item(1)->jumpDest(0), destination) << "offset " << offset;
+    }
+    for (int beyond : {11, 12, 1000}) {
+        BGLCommandList list;
+        EXPECT_TRUE(throwsPlatform([&] { list.readList(stream(beyond)); }, 9)) << beyond;
         EXPECT_EQ(list.Count(), 3) << "the commands stay after a failed jump";
     }
-
-    // A backward offset from a later command, and the jumps resolved before a failure stay.
-    BGLCommandList list;
-    EXPECT_TRUE(throwsPlatform(
-        [&] {
-            list.readList(le16(189) + le16(189) + le16(189) + le16(189) + le16(13) + le16(-4) +
-                          le16(13) + le16(4));
-        },
-        9));
-    EXPECT_EQ(list.Item(5)->jumpDest(0), 4);
-    EXPECT_EQ(list.Item(6)->jumpDest(0), 0);
-    EXPECT_EQ(hex(list.asString().substr(8, 4)), "0D 00 00 00") << "a backward jump writes 0";
-
     BGLCommandList call;
     EXPECT_TRUE(throwsPlatform([&] { call.readList(le16(189) + le16(138) + le32(6)); }, 9))
         << "a call to the end of the data";
 
-    BGLCommandList notANumber;
-    notANumber.Add(command(jump, {"four"}));
-    EXPECT_TRUE(throwsPlatform([&] { notANumber.processJumpDest(); }, 13));
+    // A backward jump from a later command is written back as 0.
+    BGLCommandList back;
+    back.readList(le16(189) + le16(189) + le16(13) + le16(-4));
+    EXPECT_EQ(back.Item(3)->jumpDest(0), 2);
+    EXPECT_EQ(hex(back.asString()), hex(le16(189) + le16(189) + le16(13) + le16(0)));
 }
 
-TEST(BGLCommandListJumps, ListsAndSeveralJumpParameters) {
-    StreamAssembler a;
-    a.add(IFIN1, {jw(4), w(906), w(1), w(2)});
-    a.add(DRAW_TRI_LIST_BEGIN, {w(0), w(0), w(6)});
-    a.add(DRAW_TRI_LIST_ITEM, {w(0), w(1), w(2)});
-    a.add(DRAW_TRI_LIST_ITEM, {w(1), w(2), w(3)});
-    a.add(BGL_ANIMATE, {l(5), jl(6), l(7), jl(2, 3), f(1), f(2), f(3)});
-    a.add(BGL_INTERPOLATE, {l(9), jw(5), l(-3), jw(3), l(8), jw(6)});
-    a.add(BGL_END);
-    BGLCommandList list;
-    list.readList(a.bytes());
-    EXPECT_EQ(list.Item(1)->jumpDest(0), 5);
-    const auto animate = list.Item(5);
-    const auto interpolate = list.Item(6);
-    EXPECT_EQ(animate->jumpDest(0), 0);
-    EXPECT_EQ(animate->jumpDest(1), 7);
-    EXPECT_EQ(animate->jumpDest(2), 0);
-    EXPECT_EQ(animate->jumpDest(3), 4) << "an offset back into a list: the command in front";
-    EXPECT_EQ(interpolate->jumpDest(1), 6);
-    EXPECT_EQ(interpolate->jumpDest(3), 5) << "backwards, so the command in front";
-    EXPECT_EQ(interpolate->jumpDest(5), 7);
-    for (int16_t slot : {0, 2, 4})
-        EXPECT_EQ(interpolate->jumpDest(slot), 0);
-
-    // Into a list: a header or an item like any other command.
-    StreamAssembler into;
-    into.add(jump, {jw(2)});
-    into.add(DRAW_LINE_LIST_BEGIN, {w(0), w(0), w(4)});
-    into.add(DRAW_LINE_LIST_ITEM, {w(0), w(1)});
-    into.add(DRAW_LINE_LIST_ITEM, {w(1), w(2)});
-    into.add(BGL_CALL, {jw(1)});
-    into.add(BGL_END);
-    BGLCommandList intoList;
-    intoList.readList(into.bytes());
-    EXPECT_EQ(intoList.Item(1)->jumpDest(0), 3);
-    EXPECT_EQ(intoList.Item(5)->jumpDest(0), 4) << "a backward call: the command in front";
-
-    // Only jump parameters are written anew; the others keep their text.
-    animate->param(0, "1.5");
-    interpolate->param(2, "-3.0");
-    list.asString();
-    EXPECT_EQ(animate->param(0), "1.5");
-    EXPECT_EQ(interpolate->param(2), "-3.0");
-    EXPECT_EQ(animate->param(1), "50");
-    EXPECT_EQ(animate->param(3), "0");
-    EXPECT_EQ(interpolate->param(1), "0");
-    EXPECT_EQ(interpolate->param(5), "20");
-    EXPECT_EQ(list.Item(1)->param(0), "30") << "a jump over a list of 2 items counts 8 + 6 + 6";
-}
-
-TEST(BGLCommandListJumps, OffsetsAreWrittenFromDestinations) {
-    BGLCommandList empty;
-    empty.processJumpDest();
-    empty.updateJumpSize();
-    EXPECT_EQ(empty.asString(), "");
-
+TEST(Jumps, OffsetsAreWrittenFromDestinations) {
     BGLCommandList list;
     auto first = list.Add(command(jump));
     list.Add(command(NOOP, {"5"}));  // no row: counts 0 bytes
     list.Add(command(SET_MATERIAL, {"0", "0"}));
     auto last = list.Add(command(BGL_JUMP_32));
-    const auto offsetTo = [&](const std::shared_ptr<BGLCommand>& c, int32_t dest) {
-        c->jumpDest(0, dest);
-        list.updateJumpSize();
-        return c->param(0);
+    struct Case {
+        std::shared_ptr<BGLCommand> from;
+        int32_t destination;
+        const char* offset;
     };
-    EXPECT_EQ(offsetTo(first, 2), "4");
-    EXPECT_EQ(offsetTo(first, 3), "4") << "the command without a row takes no bytes";
-    EXPECT_EQ(offsetTo(first, 4), "10");
-    EXPECT_EQ(offsetTo(first, 5), "16") << "Count + 1 is the end of the stream";
-    EXPECT_EQ(offsetTo(first, 1), "0");
-    EXPECT_EQ(offsetTo(first, -7), "0");
-    EXPECT_EQ(offsetTo(last, 5), "6");
-    EXPECT_EQ(offsetTo(last, 2), "0");
+    const Case cases[] = {{first, 2, "4"},  {first, 3, "4"},
+                          {first, 4, "10"}, {first, 5, "16"},  // Count + 1 is the end of the stream
+                          {first, 1, "0"},  {first, -7, "0"},
+                          {last, 5, "6"},   {last, 2, "0"}};
+    for (const Case& c : cases) {
+        c.from->jumpDest(0, c.destination);
+        list.updateJumpSize();
+        EXPECT_EQ(c.from->param(0), c.offset) << c.destination;
+    }
     first->jumpDest(0, 6);
     EXPECT_TRUE(throwsPlatform([&] { list.updateJumpSize(); }, 9));
-    first->jumpDest(0, 2);
-    last->jumpDest(0, 6);
-    EXPECT_TRUE(throwsPlatform([&] { list.updateJumpSize(); }, 9));
-    EXPECT_EQ(first->param(0), "4") << "the commands before the failing one are written";
 
-    // The size of a 16-bit offset is checked when the stream is written.
+    // A 16-bit offset that no longer fits once a command goes in.
     BGLCommandList far;
     far.Add(command(jump))->jumpDest(0, 5462);
     for (int i = 0; i < 5461; ++i)
@@ -162,60 +82,87 @@ TEST(BGLCommandListJumps, OffsetsAreWrittenFromDestinations) {
     EXPECT_TRUE(throwsPlatform([&] { far.asString(); }, 6));
 }
 
-TEST(BGLCommandListJumps, InsertionsAndRemovalsKeepJumpsOnTheirCommands) {
-    // IFIN1 at 1 skips to the call at 4; the call and the jump at 5 lead to BGL_END.
+namespace {
+
+// A random stream with long and short jumps to the start of a command, into one, to itself and
+// backwards. The offsets come from the assembler, not from the library.
+StreamAssembler randomStream(int commands, unsigned seed) {
+    std::mt19937 random(seed);
+    const auto pick = [&](int low, int high) {
+        return std::uniform_int_distribution<int>(low, high)(random);
+    };
     StreamAssembler a;
-    a.add(IFIN1, {jw(3), w(906), w(0), w(1)});
-    a.add(SET_MATERIAL, {w(0), w(1)});
-    a.add(SET_MATERIAL, {w(0), w(2)});
-    a.add(BGL_CALL_32, {jl(5)});
-    a.add(BGL_JUMP_32, {jl(5)});
+    while (a.size() < commands) {
+        const int kind = pick(0, 6);
+        const int items = kind == 0 ? pick(0, 4) : 0;
+        if (kind == 0) a.add(DRAW_TRI_LIST_BEGIN, {w(0), w(0), w(items * 3)});
+        for (int i = 0; i < items; ++i)
+            a.add(DRAW_TRI_LIST_ITEM, {w(i), w(1), w(2)});
+        if (kind == 1) a.add(SET_MATERIAL, {w(0), w(pick(-1, 5))});
+        if (kind == 2) a.add(BGL_JUMP_32, {jl(0)});
+        if (kind == 3) a.add(IFIN1, {jw(0), w(906), w(0), w(1)});
+        if (kind == 4) a.add(BGL_ANIMATE, {l(0), jl(0), l(0), jl(0), f("0"), f("0"), f("0")});
+        if (kind == 5) a.add(BGL_INTERPOLATE, {l(0), jw(0), l(0), jw(0), l(0), jw(0)});
+        if (kind == 6) a.add(BGL_RETURN);
+    }
     a.add(BGL_END);
+    const int last = a.size() - 1;
+    for (int index = 0; index < last; ++index) {
+        for (Field& field : a.ops[static_cast<std::size_t>(index)].fields) {
+            if (field.target < 0) continue;
+            // Short jumps stay within reach of a 16-bit offset; the last byte of the stream is
+            // never a target, as nothing follows it.
+            const bool wide = field.kind == Field::Long && pick(0, 2) == 0;
+            field.target = pick(0, 9) == 0 ? pick(std::max(0, index - 5), index)
+                                           : pick(index, wide ? last : std::min(last, index + 600));
+            const int size = a.ops[static_cast<std::size_t>(field.target)].size();
+            field.delta = pick(0, 4) == 0 ? pick(0, field.target == last ? size - 2 : size - 1) : 0;
+        }
+    }
+    return a;
+}
+
+// The jumpDest of every jump parameter, as held and by the step-by-step walk of the offsets.
+std::pair<std::vector<int32_t>, std::vector<int32_t>> destinations(const BGLCommandList& list) {
+    std::vector<int32_t> sizes(1, 0), held, walked;
+    for (const auto& c : list)
+        sizes.push_back(BGLOpcodeDictionary::row(c->opcode())->length);
+    for (int32_t n = 1; n <= list.Count(); ++n) {
+        const auto c = list.Item(n);
+        const BGLCommandDictEntry* row = BGLOpcodeDictionary::row(c->opcode());
+        for (int16_t i = 0; i < row->numParam; ++i) {
+            if (!row->isJump[static_cast<std::size_t>(i)]) continue;
+            int64_t bytes = -2;
+            int32_t j = n - 1;
+            while (bytes < std::stoll(c->param(i)))
+                bytes += sizes.at(static_cast<std::size_t>(++j));
+            walked.push_back(j);
+            held.push_back(c->jumpDest(i));
+        }
+    }
+    return {held, walked};
+}
+
+}  // namespace
+
+TEST(Jumps, ResolutionAgreesWithTheStepByStepWalk) {
+    const StreamAssembler a = randomStream(2000, 7);
     BGLCommandList list;
     list.readList(a.bytes());
-    ASSERT_EQ(list.Item(1)->jumpDest(0), 4);
+    ASSERT_EQ(list.Count(), a.size());
+    const auto [held, walked] = destinations(list);
+    EXPECT_GT(walked.size(), 500u);
+    EXPECT_EQ(held, walked);
 
-    auto added = list.Add(command(BGL_ZBIAS, {"1"}), "", 3);
-    list.updateJumpDest(3);
-    EXPECT_EQ(list.Item(3), added);
-    EXPECT_EQ(list.Item(1)->jumpDest(0), 5) << "the jump follows its command";
-    EXPECT_EQ(list.Item(5)->jumpDest(0), 7);
+    // Written back, a forward offset points at the start of the command it resolved to, and a
+    // backward one at the jumping command itself.
+    const std::vector<int64_t> starts = a.starts();
     list.asString();
-    EXPECT_EQ(list.Item(1)->param(0), "26") << "10 + 6 + 4 + 6: the new command lies inside";
-    EXPECT_EQ(list.Item(5)->param(0), "12");
-
-    // Removal with the removed position: a jump to it leads to the command in front.
-    list.Remove(5);
-    list.updateJumpDest(5, true);
-    EXPECT_EQ(list.Item(1)->jumpDest(0), 4);
-    EXPECT_EQ(list.Item(5)->jumpDest(0), 6);
-    // Removal with the position behind it: a jump to it leads to its successor.
-    list.Item(1)->jumpDest(0, 4);
-    list.Remove(4);
-    list.updateJumpDest(5, true);
-    EXPECT_EQ(list.Item(1)->jumpDest(0), 4);
-    EXPECT_EQ(list.Item(4)->jumpDest(0), 5);
-    EXPECT_EQ(hex(list.asString()),
-              hex(le16(36) + le16(20) + le16(906) + le16(0) + le16(1) + le16(184) + le16(0) +
-                  le16(1) + le16(172) + le16(1) + le16(136) + le32(6) + le16(189)));
-    EXPECT_EQ(bgltest::describe(list), "36:20,906,0,1 184:0,1 172:1 136:6 189:");
-
-    // The bound is the same both ways; values aren't checked against the list.
-    BGLCommandList bounds;
-    auto two = bounds.Add(command(jump));
-    auto three = bounds.Add(command(jump));
-    auto zero = bounds.Add(command(jump));
-    two->jumpDest(0, 2);
-    three->jumpDest(0, 3);
-    zero->jumpDest(0, 0);
-    bounds.updateJumpDest(3, true);
-    EXPECT_EQ(two->jumpDest(0), 2);
-    EXPECT_EQ(three->jumpDest(0), 2);
-    bounds.updateJumpDest(0, true);
-    EXPECT_EQ(zero->jumpDest(0), -1);
-    EXPECT_EQ(two->jumpDest(0), 1);
-    bounds.updateJumpDest(1);
-    EXPECT_EQ(two->jumpDest(0), 2);
-    EXPECT_EQ(three->jumpDest(0), 2);
-    EXPECT_EQ(zero->jumpDest(0), -1);
+    for (int32_t n = 1; n <= list.Count(); ++n) {
+        const auto c = list.Item(n);
+        if (c->opcode() != BGL_JUMP_32) continue;
+        const auto to = static_cast<std::size_t>(std::max(c->jumpDest(0), n) - 1);
+        ASSERT_EQ(c->param(0), std::to_string(starts[to] - starts[static_cast<std::size_t>(n - 1)]))
+            << n;
+    }
 }

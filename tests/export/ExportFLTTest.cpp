@@ -1,199 +1,214 @@
 #include <velmora/MDLObject.h>
+#include <velmora/OpenFlightWriter.h>
 
-#include "export/FltReading.h"
-#include "export/ModelBytes.h"
-#include "foundation/FileSystem.h"
 #include "foundation/HexFunctions.h"
 #include "support/ErrorMatchers.h"
+#include "support/ModelBytes.h"
 #include "support/TempDir.h"
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+#include <filesystem>
+#include <regex>
+
 using namespace velmora;
-using namespace fltread;
+using namespace modelbytes;
 
 namespace {
 
-struct Record {
-    int16_t opcode;
-    std::size_t offset;
-};
-
-// The records of a database in file order, found through their length fields.
-std::vector<Record> recordsOf(const std::string& db) {
-    std::vector<Record> records;
-    for (std::size_t at = 0; at + 4 <= db.size();) {
-        records.push_back({be16(db, at), at});
-        const auto length = static_cast<uint16_t>(be16(db, at + 2));
-        if (length < 4) break;
-        at += length;
-    }
-    return records;
+uint64_t bigEndian(const std::string& bytes, std::size_t at, std::size_t width) {
+    uint64_t value = 0;
+    for (std::size_t i = 0; i < width; ++i)
+        value = value << 8 | static_cast<uint8_t>(bytes.at(at + i));
+    return value;
 }
 
-std::vector<int16_t> opcodesFrom(const std::vector<Record>& records, std::size_t first) {
-    std::vector<int16_t> opcodes;
-    for (std::size_t i = first; i < records.size(); ++i)
-        opcodes.push_back(records[i].opcode);
-    return opcodes;
+// The value of a field: 'h' 16 and 'i' 32 bits signed, 'f' single, 'd' double, 's' text.
+double fieldValue(const std::string& db, std::size_t at, char kind) {
+    if (kind == 'h') return static_cast<int16_t>(bigEndian(db, at, 2));
+    if (kind == 'i') return static_cast<int32_t>(bigEndian(db, at, 4));
+    if (kind == 'f') {
+        const auto bits = static_cast<uint32_t>(bigEndian(db, at, 4));
+        float value;
+        std::memcpy(&value, &bits, 4);
+        return value;
+    }
+    const uint64_t bits = bigEndian(db, at, 8);
+    double value;
+    std::memcpy(&value, &bits, 8);
+    return value;
+}
+
+// The offsets of the records of a database, found through their length fields.
+std::vector<std::size_t> recordsOf(const std::string& db) {
+    std::vector<std::size_t> records;
+    for (std::size_t at = 0; at + 4 <= db.size(); at += bigEndian(db, at + 2, 2)) {
+        records.push_back(at);
+        if (bigEndian(db, at + 2, 2) < 4) break;
+    }
+    return records;
 }
 
 std::size_t expectedSize(std::size_t m, std::size_t t, std::size_t v, std::size_t f) {
     return 4880 + 84 * m + 216 * t + 64 * v + 104 * f;
 }
 
-std::shared_ptr<BGLCommand> command(BGLOpcode opcode, std::initializer_list<int> params) {
-    auto c = std::make_shared<BGLCommand>();
-    c->opcode(opcode);
-    int16_t i = 0;
-    for (int p : params)
-        c->param(i++, std::to_string(p));
-    return c;
+// Two materials, two textures, six vertices and three faces: one before any material, one
+// untextured, one textured.
+Model smallModel() {
+    Model m;
+    m.materials = {
+        {{1, 0, 0, 1}, {0.1f, 0.2f, 0.3f, 1}, {0.4f, 0.5f, 0.6f, 1}, {0.7f, 0.8f, 0.9f, 1}, 12.5f},
+        {{0, 1, 0, 0.5f}, {}, {}, {}, 0}};
+    m.textures = {"Wall.bmp", "ROOF.BMP"};
+    for (int i = 0; i < 6; ++i)
+        m.vertices.push_back({1.0f + i, 2, 3, 0.25f, 0.5f, 0.75f, 0.125f, 0.875f});
+    m.draw(0, {{0, 1, 2}});
+    m.commands += setMaterial(1, -1);
+    m.draw(3, {{0, 1, 2}});
+    m.commands += zBias(2) + setMaterial(0, 1);
+    m.draw(3, {{2, 1, 0}});
+    m.commands += bglEnd();
+    return m;
 }
-
-constexpr int16_t kFace = 5, kPush = 10, kPop = 11, kVertexList = 72;
 
 }  // namespace
 
-TEST(ExportFLT, DatabaseSizeFollowsTheCountsOfTheModel) {
+TEST(ExportFLT, RecordsStandInOrderWithTheirFieldsAtTheirOffsets) {
     TempDir dir;
-    modelbytes::Model empty;
-    modelbytes::Model big;
-    big.materials.assign(3, {0.5f, 0.5f, 0.5f, 1.0f});
+    MDLObject model;
+    model.readMDLBytes(smallModel().bytes());
+    model.exportFLT(dir.file("model.flt"), "png", false);
+    const std::string db = readFile(dir.file("model.flt"));
+    ASSERT_EQ(db.size(), expectedSize(2, 2, 6, 3));
+    const auto records = recordsOf(db);
+    std::vector<int> opcodes;
+    for (std::size_t at : records)
+        opcodes.push_back(static_cast<int>(bigEndian(db, at, 2)));
+    const int face[] = {5, 10, 72, 11};
+    std::vector<int> expected = {1,  32, 113, 113, 113, 64, 64, 67, 70, 70, 70, 70,
+                                 70, 70, 10,  2,   10,  2,  10, 73, 10, 4,  10};
+    for (int f = 0; f < 3; ++f)
+        expected.insert(expected.end(), face, face + 4);
+    expected.insert(expected.end(), 5, 11);
+    ASSERT_EQ(opcodes, expected);
+
+    struct Field {
+        std::size_t record, offset;
+        char kind;
+        double value;
+    };
+    // clang-format off
+    const Field fields[] = {
+        {0, 2, 'h', 324}, {0, 12, 'i', 1600}, {0, 16, 'i', 1}, {0, 60, 'h', 1}, {0, 126, 'h', 1},
+        {0, 128, 'i', 100}, {1, 2, 'h', 4228},
+        // Materials: index, flags, ambient, diffuse, specular, emissive, shininess, alpha; the
+        // white one behind them.
+        {2, 4, 'i', 0}, {2, 20, 'i', 1}, {2, 24, 'f', 0.1f}, {2, 32, 'f', 0.3f}, {2, 36, 'f', 1},
+        {2, 48, 'f', 0.4f}, {2, 68, 'f', 0.9f}, {2, 72, 'f', 12.5f}, {2, 76, 'f', 1},
+        {3, 40, 'f', 1}, {3, 76, 'f', 0.5f}, {4, 4, 'i', 2}, {4, 24, 'f', 1}, {4, 48, 'f', 0},
+        {4, 76, 'f', 1},
+        // Textures: their index; vertices: y and z exchanged, normals likewise.
+        {5, 204, 'i', 0}, {6, 204, 'i', 1}, {7, 4, 'i', 6 * 64 + 8}, {9, 8, 'd', 2},
+        {9, 16, 'd', 3}, {9, 24, 'd', 2}, {9, 32, 'f', 0.25f}, {9, 36, 'f', 0.75f},
+        {9, 40, 'f', 0.5f}, {9, 44, 'f', 0.125f}, {9, 48, 'f', 0.875f},
+        // Faces: texture, material (the white one for a textured face), colour, detail texture,
+        // IR material, light mode, shader; then their vertex lists (offsets into the palette).
+        {23, 28, 'h', 0}, {23, 30, 'h', 2}, {23, 68, 'i', 127}, {23, 26, 'h', -1},
+        {23, 36, 'i', -1}, {23, 64, 'h', -1}, {23, 78, 'h', -1}, {25, 4, 'i', 0 * 64 + 8},
+        {25, 12, 'i', 2 * 64 + 8}, {27, 28, 'h', -1}, {27, 30, 'h', 1}, {27, 68, 'i', 255},
+        {29, 8, 'i', 4 * 64 + 8}, {31, 28, 'h', 1}, {31, 30, 'h', 2}, {31, 68, 'i', 127},
+        {33, 4, 'i', 5 * 64 + 8}};
+    // clang-format on
+    for (const Field& f : fields) {
+        EXPECT_EQ(fieldValue(db, records[f.record] + f.offset, f.kind), f.value)
+            << "record " << f.record << " offset " << f.offset;
+    }
+    EXPECT_TRUE(std::regex_match(db.substr(20, db.find('\0', 20) - 20),
+                                 std::regex(R"(\d{1,2}/\d{1,2}/\d{4})")));
+    EXPECT_EQ(db.substr(4, 8), std::string("db\0\0\0\0\0\0", 8));
+    EXPECT_EQ(testbytes::hex(db.substr(records[1] + 132, 12)),
+              "FF 00 00 FF FF 00 FF 00 FF FF FF FF")
+        << "the colour palette: FF, blue, green, red of each diffuse colour, then FF";
+    EXPECT_EQ(db.substr(records[5] + 4, 9), std::string("wall.png\0", 9));
+    EXPECT_EQ(db.substr(records[23] + 4, 8), std::string("p1\0\0\0\0\0\0", 8));
+    EXPECT_EQ(db.substr(records[2] + 8, 12), "0" + std::string(11, '\0'));
+}
+
+TEST(ExportFLT, SizeFollowsTheCountsOfTheModel) {
+    Model big;
+    big.materials.assign(3, Material{});
     big.textures = {"a.bmp"};
     for (int i = 0; i < 100; ++i)
-        big.vertices.push_back({1.0f * i, 0, 0, 0, 1, 0, 0, 0});
-    std::vector<std::array<int, 3>> items;
-    for (int i = 0; i < 150; ++i)
-        items.push_back({i % 98, i % 98 + 1, i % 98 + 2});
-    big.setMaterial(2, 0);
-    big.drawTriangles(0, items);
-    big.end();
-
-    const std::vector<std::pair<modelbytes::Model, std::array<std::size_t, 4>>> shapes = {
-        {empty, {0, 0, 0, 0}},
-        {modelbytes::texturedHouse(), {2, 2, 8, 4}},
-        {modelbytes::untexturedBox(), {1, 0, 5, 3}},
-        {big, {3, 1, 100, 150}}};
+        big.vertices.push_back({1.0f * i});
+    std::vector<std::array<int, 3>> items(150, {0, 1, 2});
+    big.draw(0, items);
+    Model house = smallModel();
+    house.textures.push_back("c.bmp");
+    const std::pair<Model, std::array<std::size_t, 4>> shapes[] = {
+        {Model{}, {0, 0, 0, 0}}, {house, {2, 3, 6, 3}}, {big, {3, 1, 100, 150}}};
+    TempDir dir;
     for (const auto& [model, counts] : shapes) {
         MDLObject object;
         object.readMDLBytes(model.bytes());
-        const std::string path = dir.file("sized.flt");
-        object.exportFLT(path, "png", false);
-        EXPECT_EQ(readFile(path).size(), expectedSize(counts[0], counts[1], counts[2], counts[3]))
-            << counts[0] << " materials, " << counts[3] << " triangles";
+        object.exportFLT(dir.file("sized.flt"), "png", false);
+        EXPECT_EQ(readFile(dir.file("sized.flt")).size(),
+                  expectedSize(counts[0], counts[1], counts[2], counts[3]));
     }
 }
 
-TEST(ExportFLT, EmptyStreamGivesPalettesAndTheBalancedHierarchy) {
+TEST(ExportFLT, AttributeFilesAreIdenticalAndStayInTheDatabaseFolder) {
     TempDir dir;
-    MDLObject object;
-    object.readMDLBytes(modelbytes::Model{}.bytes());
-    object.exportFLT(dir.file("empty.flt"), "png");
-    const std::string db = readFile(dir.file("empty.flt"));
-    const auto records = recordsOf(db);
-    ASSERT_EQ(records.size(), 18u);
-    EXPECT_EQ(opcodesFrom(records, 0),
-              (std::vector<int16_t>{1, 32, 113, 67, kPush, 2, kPush, 2, kPush, 73, kPush, 4, kPush,
-                                    kPop, kPop, kPop, kPop, kPop}));
-}
-
-TEST(ExportFLT, FacesFollowTheMaterialAndTriangleCommands) {
-    TempDir dir;
-    modelbytes::Model model;
-    model.materials.assign(5, {1.0f, 1.0f, 1.0f, 1.0f});
-    model.textures = {"a.bmp", "b.bmp"};
-    for (int i = 0; i < 6; ++i)
-        model.vertices.push_back({1.0f * i, 0, 0, 0, 1, 0, 0, 0});
+    std::filesystem::create_directory(dir.file("db"));
+    Model model;
+    model.textures = {"Wall.BMP", "sub\\Grass.bmp", "../../Escape.bmp", "x.tga"};
     MDLObject object;
     object.readMDLBytes(model.bytes());
-    const auto list = object.BGLCommandList();
-    list->Add(command(DRAW_TRI_LIST_ITEM, {0, 1, 2}));  // before any material: texture 0
-    list->Add(command(DRAW_TRI_LIST_BEGIN, {3, 0, 6}));
-    list->Add(command(SET_MATERIAL, {3, -1}));
-    list->Add(command(DRAW_TRI_LIST_ITEM, {0, 1, 2}));  // the list's base stays in force
-    list->Add(command(BGL_ZBIAS, {2}));
-    list->Add(command(SET_MATERIAL, {2, 1}));
-    list->Add(command(DRAW_TRI_LIST_ITEM, {2, 1, 0}));
-    list->Add(command(DRAW_LINE_LIST_ITEM, {0, 1}));
-    object.exportFLT(dir.file("faces.flt"), "png", false);
-    const std::string db = readFile(dir.file("faces.flt"));
-    ASSERT_EQ(db.size(), expectedSize(5, 2, 6, 3));
-
-    std::vector<std::size_t> faces;
-    for (const auto& r : recordsOf(db)) {
-        if (r.opcode == kFace) faces.push_back(r.offset);
-    }
-    ASSERT_EQ(faces.size(), 3u);
-    struct Expected {
-        std::string name;
-        int16_t texture, material;
-        int32_t colorIndex;
-        std::array<int32_t, 3> vertices;
-    };
-    const std::vector<Expected> expected = {{"p1", 0, 5, 127, {0, 1, 2}},
-                                            {"p2", -1, 3, 3 * 128 + 127, {3, 4, 5}},
-                                            {"p3", 1, 5, 2 * 128 + 127, {5, 4, 3}}};
-    for (std::size_t i = 0; i < faces.size(); ++i) {
-        const std::size_t at = faces[i];
-        SCOPED_TRACE(expected[i].name);
-        EXPECT_EQ(fieldText(db, at + 4, 8), expected[i].name);
-        EXPECT_EQ(be16(db, at + 28), expected[i].texture);
-        EXPECT_EQ(be16(db, at + 30), expected[i].material);
-        EXPECT_EQ(be32(db, at + 68), expected[i].colorIndex);
-        EXPECT_EQ(be16(db, at + 80), kPush);
-        EXPECT_EQ(be16(db, at + 84), kVertexList);
-        for (std::size_t k = 0; k < 3; ++k) {
-            EXPECT_EQ(be32(db, at + 88 + 4 * k), expected[i].vertices[k] * 64 + 8);
-        }
-        EXPECT_EQ(be16(db, at + 100), kPop);
-    }
-}
-
-TEST(ExportFLT, AttributeFilesLieBesideTheDatabaseWhenAsked) {
-    TempDir dir;
-    MDLObject object;
-    object.readMDLBytes(modelbytes::texturedHouse().bytes());
-    object.exportFLT(dir.file("house.flt"), "png", false);
-    EXPECT_EQ(dir.listing(), "house.flt");
-    object.exportFLT(dir.file("house.flt"), "png");
-    EXPECT_EQ(dir.listing(), "house.flt roof.png.attr wall.png.attr");
-    EXPECT_EQ(readFile(dir.file("roof.png.attr")), readFile(dir.file("wall.png.attr")));
-    EXPECT_EQ(readFile(dir.file("roof.png.attr")).size(), 1608u);
+    object.exportFLT(dir.file("db/t.flt"), "DDS");
+    EXPECT_EQ(dir.listing(), "db");
+    EXPECT_EQ(listingOf(dir.file("db")),
+              "escape.DDS.attr grass.DDS.attr t.flt wall.DDS.attr x.tga.attr");
+    const std::string first = readFile(dir.file("db/wall.DDS.attr"));
+    ASSERT_EQ(first.size(), 1608u);
+    for (const char* other : {"grass.DDS.attr", "escape.DDS.attr", "x.tga.attr"})
+        EXPECT_EQ(readFile(dir.file("db/") + other), first) << other;
+    // clang-format off
+    const std::pair<std::size_t, int32_t> words[] = {
+        {0, 100}, {4, 100}, {8, 1000}, {12, 1000}, {16, 64}, {24, 4}, {28, 6}, {32, 1}, {40, 3},
+        {44, 3}, {104, 0x408F4000}, {112, 0x408F4000}, {120, 100}, {124, 1570}, {132, 1},
+        {244, 2}, {248, 2}, {320, 0x803F}, {1536, -1}, {1540, -1}, {1544, 1}, {1556, 128},
+        {1568, 1}, {1572, 1}, {1592, 1570}};
+    // clang-format on
+    int nonZero = 0;
+    for (std::size_t at = 0; at < 1608; at += 4)
+        nonZero += fieldValue(first, at, 'i') != 0;
+    EXPECT_EQ(nonZero, 25);
+    for (const auto& [at, value] : words)
+        EXPECT_EQ(fieldValue(first, at, 'i'), value) << at;
 }
 
 TEST(ExportFLT, FailuresCloseTheDatabaseAndLeaveWhatWasWritten) {
     TempDir dir;
     const int16_t freeBefore = hex::nextFreeFile();
     const std::string path = dir.file("failed.flt");
-
     MDLObject object;
-    object.readMDLBytes(modelbytes::texturedHouse().bytes());
+    object.readMDLBytes(smallModel().bytes());
     object.TextureList()->Item(2)->bitmap(std::string(201, 'x'));
     EXPECT_TRUE(throwsError([&] { object.exportFLT(path, "png"); }, 100, "Velmora.HexFunctions",
                             "The string trying to be written is bigger than the specified length"));
     EXPECT_EQ(hex::nextFreeFile(), freeBefore) << "the database is still open";
     EXPECT_EQ(readFile(path).size(), 324u + 4228u + 3u * 84u + 216u + 4u);
-    fs::deleteFile(path, false);
-    EXPECT_FALSE(fs::fileExists(path));
-
-    MDLObject unloaded;
-    EXPECT_TRUE(throwsPlatform([&] { unloaded.exportFLT(path, "png"); }, 91));
+    EXPECT_TRUE(throwsPlatform([&] { MDLObject().exportFLT(path, "png"); }, 91));
     EXPECT_EQ(hex::nextFreeFile(), freeBefore);
-    EXPECT_EQ(readFile(path).size(), 324u);
-}
 
-TEST(ExportFLT, The32768thTriangleOverflowsTheFaceCounter) {
-    TempDir dir;
-    modelbytes::Model model;
-    model.vertices.assign(3, {0, 0, 0, 0, 1, 0, 0, 0});
-    model.drawTriangles(0, std::vector<std::array<int, 3>>(21845, {0, 1, 2}));
-    model.drawTriangles(0, std::vector<std::array<int, 3>>(32768 - 21845, {2, 1, 0}));
-    MDLObject object;
-    object.readMDLBytes(model.bytes());
-    const int16_t freeBefore = hex::nextFreeFile();
-    const std::string path = dir.file("many.flt");
-    EXPECT_TRUE(throwsPlatform([&] { object.exportFLT(path, "png"); }, 6));
-    EXPECT_EQ(hex::nextFreeFile(), freeBefore);
-    EXPECT_EQ(readFile(path).size(), expectedSize(0, 0, 3, 32767) - 5 * 4);
+    // Names of more than seven characters follow their record as a Long ID.
+    OpenFlightWriter writer;
+    writer.createDB(path);
+    writer.writeGroup("abcdefg");
+    writer.writeGroup("abcdefgh");
+    writer.closeDB();
+    EXPECT_EQ(testbytes::hex(readFile(path).substr(88)),
+              testbytes::hex(bytes({0, 33, 0, 13}) + "abcdefgh" + bytes({0})));
+    EXPECT_EQ(readFile(path).substr(48, 8), std::string("abcdefg\0", 8));
 }

@@ -127,62 +127,42 @@ class TextureLoading : public ::testing::Test {
 
 }  // namespace
 
-TEST_F(TextureLoading, EmptyPathGivesZeroAndMakesNoName) {
-    GLuint before = 0;
-    glGenTextures(1, &before);
-    EXPECT_EQ(preview_.loadTexture(""), 0);
-    const std::string bmp = dir_.file("a.bmp");
-    writeImage(bmp, FIF_BMP, 4, 4, 24, gradient);
-    // No cache: the same file twice gives two names.
-    const int32_t first = preview_.loadTexture(bmp);
-    EXPECT_EQ(first, static_cast<int32_t>(before) + 1);
-    EXPECT_EQ(preview_.loadTexture(bmp), first + 1);
-}
-
-TEST_F(TextureLoading, TrueColourFormatsLoadBottomUpAsBGR) {
-    // 5 pixels a row are 15 bytes: each row carries a fill byte that must not shift the next.
+TEST_F(TextureLoading, ImagesLoadBottomUpAsBGRWithTheirRowPadding) {
+    // 5 pixels a row are 15 bytes: each row carries fill bytes that must not shift the next;
+    // an 8-bit image resolves its palette, its size taken from the bitmap header.
+    const Pattern indices = [](int x, int y) {
+        return Rgb{static_cast<uint8_t>((x * 5 + y * 3) % 256), 0, 0};
+    };
+    const Pattern palette = [&](int x, int y) { return paletteColour(indices(x, y)[0]); };
     struct Case {
         const char* name;
         FREE_IMAGE_FORMAT format;
-        int width;
-        int height;
+        int width, height, bits;
     };
-    for (const Case& c : {Case{"even.bmp", FIF_BMP, 8, 6}, Case{"odd.bmp", FIF_BMP, 5, 3},
-                          Case{"odd.png", FIF_PNG, 7, 5}, Case{"odd.tga", FIF_TARGA, 3, 9}}) {
+    for (const Case& c :
+         {Case{"even.bmp", FIF_BMP, 8, 6, 24}, Case{"odd.bmp", FIF_BMP, 5, 3, 24},
+          Case{"odd.png", FIF_PNG, 7, 5, 24}, Case{"palette.bmp", FIF_BMP, 13, 7, 8}}) {
         SCOPED_TRACE(c.name);
         const std::string path = dir_.file(c.name);
-        writeImage(path, c.format, c.width, c.height, 24, gradient);
-        expectImage(readTexture(preview_.loadTexture(path)), c.width, c.height, gradient);
+        writeImage(path, c.format, c.width, c.height, c.bits, c.bits == 8 ? indices : gradient);
+        expectImage(readTexture(preview_.loadTexture(path)), c.width, c.height,
+                    c.bits == 8 ? palette : gradient);
     }
-}
+    EXPECT_EQ(preview_.loadTexture(""), 0) << "no file, no texture";
 
-TEST_F(TextureLoading, PaletteImagesResolveToTrueColourWhole) {
-    // 100 x 64 at 8 bits, and an odd width whose palette rows and colour rows both need fill.
-    for (const auto& [width, height] : {std::pair{100, 64}, std::pair{13, 7}}) {
-        const std::string path = dir_.file("palette" + std::to_string(width) + ".bmp");
-        const Pattern indices = [](int x, int y) {
-            return Rgb{static_cast<uint8_t>((x * 5 + y * 3) % 256), 0, 0};
-        };
-        writeImage(path, FIF_BMP, width, height, 8, indices);
-        expectImage(readTexture(preview_.loadTexture(path)), width, height,
-                    [&](int x, int y) { return paletteColour(indices(x, y)[0]); });
-    }
-}
-
-TEST_F(TextureLoading, CompressedDDSDecodesItsBlocks) {
-    const std::string path = dir_.file("blocks.dds");
-    // Red, green, blue and white blocks: top-left, top-right, bottom-left, bottom-right.
-    writeFile(path, dxt1File({0xF800, 0x07E0, 0x001F, 0xFFFF}));
-    const Texels t = readTexture(preview_.loadTexture(path));
-    ASSERT_EQ(t.width, 8);
-    ASSERT_EQ(t.height, 8);
+    // A DXT1 file of red, green, blue and white blocks: top-left, top-right, bottom-left,
+    // bottom-right.
+    const std::string dds = dir_.file("blocks.dds");
+    writeFile(dds, dxt1File({0xF800, 0x07E0, 0x001F, 0xFFFF}));
+    const Texels t = readTexture(preview_.loadTexture(dds));
+    ASSERT_EQ(t.width * 100 + t.height, 808);
     EXPECT_EQ(t.at(1, 1), (Rgb{255, 0, 0}));
     EXPECT_EQ(t.at(6, 2), (Rgb{0, 255, 0}));
     EXPECT_EQ(t.at(2, 6), (Rgb{0, 0, 255}));
     EXPECT_EQ(t.at(7, 7), (Rgb{255, 255, 255}));
 }
 
-TEST_F(TextureLoading, UnreadableFilesFailWithTheirPath) {
+TEST_F(TextureLoading, UnreadableFilesFailWithTheirPathAndLeaveNothingBehind) {
     const std::string garbage = dir_.file("garbage.bmp");
     writeFile(garbage, "this is no image at all");
     const std::string truncated = dir_.file("truncated.dds");
@@ -192,6 +172,5 @@ TEST_F(TextureLoading, UnreadableFilesFailWithTheirPath) {
                                 "Velmora.OpenGLPreviewObject",
                                 "Loading Texture File: '" + path + "' Failed!"));
     }
-    // Nothing is left beside the images.
     EXPECT_EQ(dir_.listing(), "garbage.bmp truncated.dds");
 }

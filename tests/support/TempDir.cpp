@@ -35,13 +35,18 @@ TempDir::~TempDir() {
 }
 
 std::string TempDir::listing() const {
+    return listingOf(path_);
+}
+
+std::string listingOf(const std::string& folder) {
     std::vector<std::string> names;
-    for (const auto& entry : stdfs::directory_iterator(path_)) {
+    for (const auto& entry : stdfs::directory_iterator(folder)) {
         names.push_back(entry.path().filename().string());
     }
     std::sort(names.begin(), names.end());
     std::string out;
-    for (const auto& name : names) out += (out.empty() ? "" : " ") + name;
+    for (const auto& name : names)
+        out += (out.empty() ? "" : " ") + name;
     return out;
 }
 

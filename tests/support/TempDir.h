@@ -4,7 +4,7 @@
 
 // A fresh folder for one test, removed with everything in it when the test ends.
 class TempDir {
-public:
+  public:
     TempDir();
     ~TempDir();
     TempDir(const TempDir&) = delete;
@@ -15,9 +15,12 @@ public:
     // Names of the files in the folder, sorted.
     std::string listing() const;
 
-private:
+  private:
     std::string path_;
 };
+
+// Names of the files in a folder, sorted and joined by blanks.
+std::string listingOf(const std::string& folder);
 
 // Writes and reads whole files for tests.
 void writeFile(const std::string& path, const std::string& bytes);

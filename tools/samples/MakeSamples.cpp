@@ -21,7 +21,8 @@ std::string le16(int value) {
 
 std::string le32(int64_t value) {
     std::string out(4, '\0');
-    for (int i = 0; i < 4; ++i) out[static_cast<std::size_t>(i)] = static_cast<char>((value >> (8 * i)) & 0xFF);
+    for (int i = 0; i < 4; ++i)
+        out[static_cast<std::size_t>(i)] = static_cast<char>((value >> (8 * i)) & 0xFF);
     return out;
 }
 
@@ -32,16 +33,17 @@ std::string section(const std::string& tag, const std::string& payload) {
 // A model with an empty header and bounding box and nothing else, to be filled through the
 // library's lists.
 std::shared_ptr<MDLObject> emptyModel() {
-    const std::string sections = section("MDLH", std::string(36, '\0')) +
-                                 section("BBOX", std::string(24, '\0'));
-    const std::string file = "RIFF" + le32(static_cast<int64_t>(4 + sections.size())) + "MDL9" + sections;
+    const std::string sections =
+        section("MDLH", std::string(36, '\0')) + section("BBOX", std::string(24, '\0'));
+    const std::string file =
+        "RIFF" + le32(static_cast<int64_t>(4 + sections.size())) + "MDL9" + sections;
     auto model = std::make_shared<MDLObject>();
     model->readMDLBytes(file);
     return model;
 }
 
-void addVertex(MDLObject& model, float x, float y, float z, float nx, float ny, float nz,
-               float tx, float ty) {
+void addVertex(MDLObject& model, float x, float y, float z, float nx, float ny, float nz, float tx,
+               float ty) {
     auto v = model.VertexList()->Add();
     v->x(x), v->y(y), v->z(z), v->nx(nx), v->ny(ny), v->nz(nz), v->tx(tx), v->ty(ty);
 }
@@ -49,13 +51,15 @@ void addVertex(MDLObject& model, float x, float y, float z, float nx, float ny, 
 std::shared_ptr<BGLCommand> command(BGLOpcode opcode, std::vector<std::string> params = {}) {
     auto c = std::make_shared<BGLCommand>();
     c->opcode(opcode);
-    for (std::size_t i = 0; i < params.size(); ++i) c->param(static_cast<int16_t>(i), params[i]);
+    for (std::size_t i = 0; i < params.size(); ++i)
+        c->param(static_cast<int16_t>(i), params[i]);
     return c;
 }
 
 void addMaterial(MDLObject& model, float r, float g, float b) {
     auto m = model.MaterialList()->Add();
-    for (const auto& c : {m->Diffuse(), m->Ambient()}) c->r(r), c->g(g), c->b(b), c->a(1);
+    for (const auto& c : {m->Diffuse(), m->Ambient()})
+        c->r(r), c->g(g), c->b(b), c->a(1);
     m->Specular()->a(1);
     m->Emmisive()->a(1);
     m->Power(8);
@@ -70,8 +74,8 @@ void addTexture(MDLObject& model, const std::string& name) {
 
 // Appends a triangle list over vertices [base, base + count) taken as quads of 4.
 void addQuadList(BGLCommandList& commands, int base, int quads) {
-    commands.Add(command(DRAW_TRI_LIST_BEGIN,
-                         {std::to_string(base), std::to_string(quads * 4), std::to_string(quads * 6)}));
+    commands.Add(command(DRAW_TRI_LIST_BEGIN, {std::to_string(base), std::to_string(quads * 4),
+                                               std::to_string(quads * 6)}));
     for (int q = 0; q < quads; ++q) {
         const int a = q * 4;
         commands.Add(command(DRAW_TRI_LIST_ITEM,
@@ -79,6 +83,19 @@ void addQuadList(BGLCommandList& commands, int base, int quads) {
         commands.Add(command(DRAW_TRI_LIST_ITEM,
                              {std::to_string(a), std::to_string(a + 2), std::to_string(a + 3)}));
     }
+}
+
+// The head every sample starts with: the guarded call of the body, then the end of the model.
+void startBody(BGLCommandList& commands) {
+    auto call = commands.Add(command(BGL_CALL_32));
+    commands.Add(command(BGL_END));
+    call->jumpDest(0, 3);
+}
+
+// Material 0 without a texture over the first four vertices.
+void addUntexturedQuad(BGLCommandList& commands) {
+    commands.Add(command(SET_MATERIAL, {"0", "-1"}));
+    addQuadList(commands, 0, 1);
 }
 
 void setBox(MDLObject& model) {
@@ -101,8 +118,11 @@ std::shared_ptr<MDLObject> building() {
     auto model = emptyModel();
     const float w = 10, d = 8, h = 6, ridge = 9;
     // Walls, counter-clockwise seen from outside, one quad each.
-    struct Wall { float x0, z0, x1, z1, nx, nz; };
-    const Wall walls[] = {{-w, -d, w, -d, 0, -1}, {w, -d, w, d, 1, 0}, {w, d, -w, d, 0, 1}, {-w, d, -w, -d, -1, 0}};
+    struct Wall {
+        float x0, z0, x1, z1, nx, nz;
+    };
+    const Wall walls[] = {
+        {-w, -d, w, -d, 0, -1}, {w, -d, w, d, 1, 0}, {w, d, -w, d, 0, 1}, {-w, d, -w, -d, -1, 0}};
     for (const auto& wall : walls) {
         const float len = std::hypot(wall.x1 - wall.x0, wall.z1 - wall.z0) / 4;
         addVertex(*model, wall.x0, 0, wall.z0, wall.nx, 0, wall.nz, 0, 0);
@@ -128,9 +148,7 @@ std::shared_ptr<MDLObject> building() {
     addTexture(*model, "roof.bmp");
 
     auto& commands = *model->BGLCommandList();
-    auto call = commands.Add(command(BGL_CALL_32));
-    commands.Add(command(BGL_END));
-    call->jumpDest(0, 3);
+    startBody(commands);
     commands.Add(command(SET_MATERIAL, {"0", "0"}));
     addQuadList(commands, 0, 4);
     commands.Add(command(SET_MATERIAL, {"1", "2"}));
@@ -181,27 +199,23 @@ std::shared_ptr<MDLObject> litPad() {
     addMaterial(*model, 0.35f, 0.35f, 0.38f);
 
     auto& commands = *model->BGLCommandList();
-    auto call = commands.Add(command(BGL_CALL_32));
-    commands.Add(command(BGL_END));
-    call->jumpDest(0, 3);
-    commands.Add(command(SET_MATERIAL, {"0", "-1"}));
-    addQuadList(commands, 0, 1);
+    startBody(commands);
+    addUntexturedQuad(commands);
     const float corners[4][2] = {{-s, -s}, {-s, s}, {s, s}, {s, -s}};
     for (const auto& corner : corners) {
         auto test = commands.Add(command(IFMSK, {"", "120", "1"}));
         commands.Add(command(VAR_BASE_OVERRIDE, {"0"}));
-        auto light = commands.Add(command(BGL_LIGHT, {"1", std::to_string(corner[0]), "1",
-                                                      std::to_string(corner[1]), "-1", "0.8",
-                                                      "0.4", "-1", "0", "0", "1"}));
+        commands.Add(
+            command(BGL_LIGHT, {"1", std::to_string(corner[0]), "1", std::to_string(corner[1]),
+                                "-1", "0.8", "0.4", "-1", "0", "0", "1"}));
         test->jumpDest(0, commands.Count() + 1);
-        (void)light;
     }
     commands.Add(command(BGL_RETURN));
     model->addKillShadow();
     return model;
 }
 
-// A tree: a crossed pair of quads, turned to face the user.
+// A tree: a card that turns to face the user.
 std::shared_ptr<MDLObject> tree() {
     auto model = emptyModel();
     addVertex(*model, -3, 0, 0, 0, 0, -1, 0, 0);
@@ -211,11 +225,8 @@ std::shared_ptr<MDLObject> tree() {
     setBox(*model);
     addMaterial(*model, 0.2f, 0.5f, 0.15f);
     auto& commands = *model->BGLCommandList();
-    auto call = commands.Add(command(BGL_CALL_32));
-    commands.Add(command(BGL_END));
-    call->jumpDest(0, 3);
-    commands.Add(command(SET_MATERIAL, {"0", "-1"}));
-    addQuadList(commands, 0, 1);
+    startBody(commands);
+    addUntexturedQuad(commands);
     commands.Add(command(BGL_RETURN));
     auto conditions = commands.getConditions(-1);
     conditions->Add()->cType(RotUser);
@@ -234,16 +245,19 @@ std::string compiledScenery(const std::vector<std::string>& models) {
     const int subsectionTable = headerSize + sectionRecord;
     const int modelTable = subsectionTable + subsectionRecord;
     std::string header = le16(0x0201) + std::string(18, '\0') + le32(1) + std::string(32, '\0');
-    std::string sectionTable = le32(43) + le32(0) + le32(1) + le32(subsectionTable) + le32(subsectionRecord);
+    std::string sectionTable =
+        le32(43) + le32(0) + le32(1) + le32(subsectionTable) + le32(subsectionRecord);
     std::string table;
     std::string data;
     int dataOffset = static_cast<int>(models.size()) * entry;
     for (const auto& bytes : models) {
-        table += std::string(16, '\0') + le32(dataOffset) + le32(static_cast<int64_t>(bytes.size()));
+        table +=
+            std::string(16, '\0') + le32(dataOffset) + le32(static_cast<int64_t>(bytes.size()));
         data += bytes;
         dataOffset += static_cast<int>(bytes.size());
     }
-    std::string subsections = le32(0) + le32(static_cast<int64_t>(models.size())) + le32(modelTable) +
+    std::string subsections = le32(0) + le32(static_cast<int64_t>(models.size())) +
+                              le32(modelTable) +
                               le32(static_cast<int64_t>(table.size() + data.size()));
     return header + sectionTable + subsections + table + data;
 }
@@ -269,7 +283,8 @@ void writeBitmap(const std::string& path, int pattern, uint8_t r1, uint8_t g1, u
     std::string file = "BM" + le32(54 + imageSize) + le32(0) + le32(54) + le32(40) + le32(size) +
                        le32(size) + le16(1) + le16(24) + le32(0) + le32(imageSize) + le32(2835) +
                        le32(2835) + le32(0) + le32(0) + pixels;
-    std::ofstream(path, std::ios::binary).write(file.data(), static_cast<std::streamsize>(file.size()));
+    std::ofstream(path, std::ios::binary)
+        .write(file.data(), static_cast<std::streamsize>(file.size()));
 }
 
 }  // namespace
@@ -291,7 +306,8 @@ int main(int argc, char** argv) {
         std::ofstream((out / "scenery.bgl").string(), std::ios::binary)
             .write(bgl.data(), static_cast<std::streamsize>(bgl.size()));
         writeBitmap((out / "textures" / "wall_summer.bmp").string(), 0, 178, 84, 60, 220, 210, 200);
-        writeBitmap((out / "textures" / "wall_winter.bmp").string(), 1, 235, 238, 245, 150, 160, 180);
+        writeBitmap((out / "textures" / "wall_winter.bmp").string(), 1, 235, 238, 245, 150, 160,
+                    180);
         writeBitmap((out / "textures" / "roof.bmp").string(), 2, 90, 60, 50, 40, 30, 25);
     } catch (const Error& e) {
         std::cerr << "velmora-make-samples: error " << e.number() << " (" << e.source()

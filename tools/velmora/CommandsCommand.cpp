@@ -37,7 +37,8 @@ void addCommandsCommand(CLI::App& app) {
         int32_t position = 0;
         for (const auto& cmd : *model->BGLCommandList()) {
             ++position;
-            const velmora::BGLCommandDictEntry* row = velmora::BGLOpcodeDictionary::row(cmd->opcode());
+            const velmora::BGLCommandDictEntry* row =
+                velmora::BGLOpcodeDictionary::row(cmd->opcode());
             out << position << "  " << opcodeName(cmd->opcode());
             const int16_t count = row != nullptr ? row->numParam : 0;
             for (int16_t i = 0; i < count; ++i) {

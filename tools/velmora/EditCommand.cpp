@@ -28,7 +28,8 @@ int16_t parseShort(const std::string& text, const std::string& what) {
     try {
         std::size_t used = 0;
         const long value = std::stol(text, &used);
-        if (used == text.size() && value >= -32768 && value <= 32767) return static_cast<int16_t>(value);
+        if (used == text.size() && value >= -32768 && value <= 32767)
+            return static_cast<int16_t>(value);
     } catch (const std::exception&) {
     }
     throw ToolError("bad " + what + " '" + text + "': give a whole number from -32768 to 32767");
@@ -38,7 +39,8 @@ int16_t parseShort(const std::string& text, const std::string& what) {
 std::shared_ptr<velmora::Condition> parseCondition(const std::string& text) {
     std::istringstream in(text);
     std::vector<std::string> words;
-    for (std::string word; in >> word;) words.push_back(word);
+    for (std::string word; in >> word;)
+        words.push_back(word);
     auto condition = std::make_shared<velmora::Condition>();
     if (words.size() == 4 && words[0] == "between") {
         condition->cType(velmora::Between);
@@ -64,9 +66,11 @@ void editConditions(velmora::MDLObject& model, const EditOptions& o) {
     auto& commands = *model.BGLCommandList();
     const auto list = commands.getConditions(-1);
     if (o.clearConditions) {
-        while (list->Count() > 0) list->Remove(1);
+        while (list->Count() > 0)
+            list->Remove(1);
     }
-    for (const auto& text : o.conditions) list->Add(parseCondition(text));
+    for (const auto& text : o.conditions)
+        list->Add(parseCondition(text));
     if (!o.rotate.empty()) {
         // A rotation replaces any rotation the model had.
         for (int32_t i = list->Count(); i >= 1; --i) {
@@ -79,7 +83,10 @@ void editConditions(velmora::MDLObject& model, const EditOptions& o) {
     }
     if (!o.combine.empty()) {
         static const std::pair<const char*, velmora::eMultiCondition> names[] = {
-            {"and", velmora::mAND}, {"or", velmora::mOR}, {"not", velmora::mNOT}, {"nor", velmora::mNOR}};
+            {"and", velmora::mAND},
+            {"or", velmora::mOR},
+            {"not", velmora::mNOT},
+            {"nor", velmora::mNOR}};
         for (const auto& [name, value] : names) {
             if (o.combine == name) list->multiCondition(value);
         }
@@ -118,7 +125,8 @@ void edit(const EditOptions& o) {
     if (o.fixLights) {
         const int32_t before = model->BGLCommandList()->Count();
         model->fixLights();
-        done.push_back("lights fixed (" + std::to_string(before - model->BGLCommandList()->Count()) +
+        done.push_back("lights fixed (" +
+                       std::to_string(before - model->BGLCommandList()->Count()) +
                        " commands removed)");
     }
     if (o.cleanDict) {
@@ -133,7 +141,8 @@ void edit(const EditOptions& o) {
         recalcTextureSizes(*model);
         done.push_back("texture sizes worked out from the geometry");
     }
-    for (const auto& line : done) std::cout << line << "\n";
+    for (const auto& line : done)
+        std::cout << line << "\n";
     if (done.empty()) std::cout << "no edit asked for\n";
     if (o.output.empty()) {
         std::cout << "nothing written: give -o OUT.mdl to save the edited model\n";
@@ -151,7 +160,8 @@ void addEditCommand(CLI::App& app) {
     command->add_option("MODEL", o->model, "Model file (.mdl)")->required();
     command->add_option("-o,--output", o->output, "Where to save the edited model");
     command->add_flag("--add-kill-shadow", o->addKillShadow, "Give the model a kill shadow");
-    command->add_flag("--remove-kill-shadow", o->removeKillShadow, "Remove the model's shadow section");
+    command->add_flag("--remove-kill-shadow", o->removeKillShadow,
+                      "Remove the model's shadow section");
     command->add_flag("--fix-lights", o->fixLights,
                       "Free lights of the tests and overrides in front of them");
     command->add_flag("--clean-dict", o->cleanDict, "Empty the DICT section");
@@ -160,8 +170,9 @@ void addEditCommand(CLI::App& app) {
     });
     command->add_flag("--recalc-texture-sizes", o->recalcTextureSizes,
                       "Work out every texture's size from the geometry");
-    command->add_option("--condition", o->conditions,
-                        "Add a condition: \"between VAR MIN MAX\" or \"mask VAR VALUE\" (repeatable)");
+    command->add_option(
+        "--condition", o->conditions,
+        "Add a condition: \"between VAR MIN MAX\" or \"mask VAR VALUE\" (repeatable)");
     command->add_option("--rotate", o->rotate, "Rotate the model: user or wind")
         ->check(CLI::IsMember({"user", "wind"}));
     command->add_option("--combine", o->combine, "How the tests combine: and, or, not, nor")

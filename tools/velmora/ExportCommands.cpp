@@ -13,7 +13,8 @@ void addExportCommands(CLI::App& app) {
         command->add_option("-o,--output", *output, "Listing to write (.asm)")->required();
         command->callback([model, output] {
             const auto loaded = loadModel(*model);
-            writeWhole(*output, [&](const std::string& temporary) { loaded->exportASM(temporary); });
+            writeWhole(*output,
+                       [&](const std::string& temporary) { loaded->exportASM(temporary); });
             std::cout << "Wrote listing " << *output << "\n";
         });
     }
@@ -26,8 +27,9 @@ void addExportCommands(CLI::App& app) {
         auto noAttr = std::make_shared<bool>(false);
         command->add_option("MODEL", *model, "Model file (.mdl)")->required();
         command->add_option("-o,--output", *output, "Database to write (.flt)")->required();
-        command->add_option("--tex-format", *texFormat,
-                            "Extension that replaces .bmp in the texture names")
+        command
+            ->add_option("--tex-format", *texFormat,
+                         "Extension that replaces .bmp in the texture names")
             ->capture_default_str();
         command->add_flag("--no-attr", *noAttr, "Write no texture attribute files");
         command->callback([model, output, texFormat, noAttr] {

@@ -44,7 +44,8 @@ json infoJson(const std::string& path, velmora::MDLObject& model) {
         }
     }
     out["header"] = json::array();
-    for (int16_t i = 0; i < 9; ++i) out["header"].push_back(model.MDLHeader()->param(i));
+    for (int16_t i = 0; i < 9; ++i)
+        out["header"].push_back(model.MDLHeader()->param(i));
     const auto box = model.BoundingBox();
     out["boundingBox"] = {{"min", {box->xmin(), box->ymin(), box->zmin()}},
                           {"max", {box->xmax(), box->ymax(), box->zmax()}}};
@@ -74,7 +75,8 @@ void printText(const json& info) {
                   << std::setw(10) << section["size"].get<int>() << " bytes\n";
     }
     std::cout << "\nHeader values  ";
-    for (const auto& value : info["header"]) std::cout << " " << value.get<int>();
+    for (const auto& value : info["header"])
+        std::cout << " " << value.get<int>();
     const auto& box = info["boundingBox"];
     std::cout << "\nBounding box    min (" << box["min"][0] << ", " << box["min"][1] << ", "
               << box["min"][2] << ")  max (" << box["max"][0] << ", " << box["max"][1] << ", "

@@ -24,7 +24,8 @@ int attachTextures(velmora::MDLObject& model, const std::string& folder) {
     std::map<std::string, std::string> files;
     std::error_code code;
     for (const auto& entry : stdfs::directory_iterator(folder, code)) {
-        if (entry.is_regular_file()) files[lower(entry.path().filename().string())] = entry.path().string();
+        if (entry.is_regular_file())
+            files[lower(entry.path().filename().string())] = entry.path().string();
     }
     if (code) throw ToolError("cannot read texture folder '" + folder + "': " + code.message());
     int found = 0;
@@ -105,7 +106,9 @@ void addRenderCommand(CLI::App& app) {
     command->add_option("--heading", options->heading, "Turn about the vertical axis, degrees")
         ->capture_default_str();
     command->add_option("--pitch", options->pitch, "Tilt, degrees")->capture_default_str();
-    command->add_option("--zoom", options->zoom, "Zoom in percent (100: the base distance, larger is nearer)")
+    command
+        ->add_option("--zoom", options->zoom,
+                     "Zoom in percent (100: the base distance, larger is nearer)")
         ->capture_default_str();
     command->add_option("--pan-x", options->panX, "Shift along the model's x, model units");
     command->add_option("--pan-y", options->panY, "Shift along the model's z, model units");

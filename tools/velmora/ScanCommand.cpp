@@ -74,7 +74,8 @@ void addScanCommand(CLI::App& app) {
     auto* command = app.add_subcommand("scan", "List the models of a compiled XML-style BGL file");
     auto o = std::make_shared<ScanOptions>();
     command->add_option("FILE", o->file, "Compiled scenery file (.bgl)")->required();
-    command->add_option("--extract", o->extract, "Save each model as its own MDL file in this folder");
+    command->add_option("--extract", o->extract,
+                        "Save each model as its own MDL file in this folder");
     command->add_flag("--json", o->json, "Print JSON for scripts");
     command->callback([o] { scan(*o); });
 }

@@ -14,7 +14,7 @@ namespace tool {
 // A failure of the tool itself (a missing input, a bad option value), as opposed to an error
 // of the library. main() prints either as one line and exits non-zero.
 class ToolError : public std::runtime_error {
-public:
+  public:
     using std::runtime_error::runtime_error;
 };
 

@@ -12,7 +12,8 @@ namespace stdfs = std::filesystem;
 
 std::shared_ptr<velmora::MDLObject> loadModel(const std::string& path) {
     std::error_code code;
-    if (!stdfs::is_regular_file(path, code)) throw ToolError("cannot open '" + path + "': no such file");
+    if (!stdfs::is_regular_file(path, code))
+        throw ToolError("cannot open '" + path + "': no such file");
     auto model = std::make_shared<velmora::MDLObject>();
     model->readMDL(path);
     return model;
@@ -23,7 +24,8 @@ void writeWhole(const std::string& target, const std::function<void(const std::s
     const stdfs::path folder = targetPath.has_parent_path() ? targetPath.parent_path() : ".";
     std::error_code code;
     if (!stdfs::is_directory(folder, code)) {
-        throw ToolError("cannot write '" + target + "': folder '" + folder.string() + "' does not exist");
+        throw ToolError("cannot write '" + target + "': folder '" + folder.string() +
+                        "' does not exist");
     }
     // Keep the target's extension: some writers derive names from it.
     const stdfs::path temporary =
@@ -47,9 +49,12 @@ std::string describeCondition(const velmora::Condition& condition) {
             return "variable " + condition.var() + " between " + std::to_string(condition.min()) +
                    " and " + std::to_string(condition.max());
         case velmora::mask:
-            return "variable " + condition.var() + " matches mask " + std::to_string(condition.min());
-        case velmora::RotUser: return "rotated to face the user";
-        case velmora::RotWind: return "rotated with the wind";
+            return "variable " + condition.var() + " matches mask " +
+                   std::to_string(condition.min());
+        case velmora::RotUser:
+            return "rotated to face the user";
+        case velmora::RotWind:
+            return "rotated with the wind";
     }
     return "condition of unknown kind " + std::to_string(condition.cType());
 }
@@ -69,10 +74,14 @@ std::string describeConditions(velmora::BGLCommandList& commands) {
     }
     if (conditions->Count() == 1) return "drawn when " + joined;
     switch (conditions->multiCondition()) {
-        case velmora::mAND: return "drawn when all hold: " + joined;
-        case velmora::mOR: return "drawn when any holds: " + joined;
-        case velmora::mNOT: return "drawn when none holds: " + joined;
-        case velmora::mNOR: return "drawn when not all hold: " + joined;
+        case velmora::mAND:
+            return "drawn when all hold: " + joined;
+        case velmora::mOR:
+            return "drawn when any holds: " + joined;
+        case velmora::mNOT:
+            return "drawn when none holds: " + joined;
+        case velmora::mNOR:
+            return "drawn when not all hold: " + joined;
     }
     return joined;
 }

@@ -1,0 +1,196 @@
+#include <velmora/BGLCommandList.h>
+
+#include "support/Bytes.h"
+#include "support/ErrorMatchers.h"
+#include "support/StreamAssembler.h"
+
+#include <gtest/gtest.h>
+
+using namespace velmora;
+using bgltest::command;
+using testbytes::bytes;
+using testbytes::hex;
+using testbytes::le16;
+
+namespace {
+
+// "184:2,-1 189:": each command's opcode and the parameters of its row.
+std::string describe(const BGLCommandList& list) {
+    std::string out;
+    for (const auto& c : list) {
+        const auto* row = BGLOpcodeDictionary::row(c->opcode());
+        out += (out.empty() ? "" : " ") + std::to_string(static_cast<int>(c->opcode())) + ":";
+        for (int i = 0; i < (row ? row->numParam : 0); ++i)
+            out += (i ? "," : "") + c->param(static_cast<int16_t>(i));
+    }
+    return out;
+}
+
+std::string decoded(const std::string& data) {
+    BGLCommandList list;
+    list.readList(data);
+    return describe(list);
+}
+
+std::string triangles(int indices, int items) {
+    std::string out = le16(185) + le16(0) + le16(0) + le16(indices);
+    for (int i = 0; i < items; ++i)
+        out += le16(1) + le16(2) + le16(3);
+    return out;
+}
+
+// The 22 bytes of a material, a list of one triangle and the end.
+const std::string kExample =
+    bytes({0xB8, 0x00, 0x02, 0x00, 0xFF, 0xFF, 0xB9, 0x00, 0x0A, 0x00, 0x03,
+           0x00, 0x03, 0x00, 0x00, 0x00, 0x01, 0x00, 0x02, 0x00, 0xBD, 0x00});
+
+}  // namespace
+
+TEST(StreamDecoding, CommandsListsAndTheirEdgeCases) {
+    const std::pair<std::string, const char*> cases[] = {
+        {"", ""},
+        {kExample, "184:2,-1 185:10,3,3 256:0,1,2 189:"},
+        {le16(34) + le16(189) + le16(34), "34: 189: 34:"},  // neither command stops the decoder
+        // Item counts are the index count / 3 (or / 2), rounding halves to even.
+        {triangles(4, 1), "185:0,0,4 256:1,2,3"},
+        {triangles(5, 2), "185:0,0,5 256:1,2,3 256:1,2,3"},
+        {le16(186) + le16(7) + le16(8) + le16(5) + le16(0) + le16(1) + le16(1) + le16(2),
+         "186:7,8,5 257:0,1 257:1,2"},
+        // List words are unsigned, plain words signed.
+        {le16(185) + le16(0xFFFF) + le16(0x8000) + le16(3) + le16(0xFFFF) + le16(0) + le16(0x8001),
+         "185:65535,32768,3 256:65535,0,32769"},
+        // A stream ending inside a command or a list is completed with zeros.
+        {bytes({0xB8, 0x00, 0x05}), "184:5,0"},
+        {triangles(9, 0) + le16(4), "185:0,0,9 256:4,0,0 256:0,0,0 256:0,0,0"},
+    };
+    for (const auto& [data, expected] : cases)
+        EXPECT_EQ(decoded(data), expected) << hex(data);
+
+    EXPECT_EQ(decoded(le16(177) + "ROOF" + std::string(12, '\0') + testbytes::f32(1.0f / 3)),
+              "177:ROOF" + std::string(12, '\0') + ",0.3333333")
+        << "a BGL_TAG keeps all 16 bytes, NULs included";
+}
+
+TEST(StreamDecoding, FailuresKeepTheCommandsBefore) {
+    struct Case {
+        std::string data;
+        int number;
+        const char* description;  // for error 100
+        const char* kept;
+    };
+    const Case cases[] = {
+        {le16(189) + bytes({0xB5, 0x00}), 100, "Unrecognised BGL Opcode: 181", "189:"},
+        {le16(189) + le16(0), 100, "Unrecognised BGL Opcode: 0", "189:"},
+        {le16(174), 100, "Unrecognised BGL Opcode: 174", ""},
+        {bytes({0xFF, 0xFF}), 9, "", ""},
+        {le16(261), 9, "", ""},
+        // 65535 / 2 rounds to 32768, which no 16-bit count holds: the header isn't added.
+        {le16(189) + le16(186) + le16(0) + le16(0) + le16(65535), 6, "", "189:"},
+        // Jumps aren't resolved when the decode fails.
+        {le16(13) + le16(4) + le16(189) + le16(2), 100, "Unrecognised BGL Opcode: 2", "13:4 189:"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(hex(c.data));
+        BGLCommandList list;
+        if (c.number == 100) {
+            EXPECT_TRUE(throwsError([&] { list.readList(c.data); }, 100, "Velmora.BGLCommandList",
+                                    c.description));
+        } else {
+            EXPECT_TRUE(throwsPlatform([&] { list.readList(c.data); }, c.number));
+        }
+        EXPECT_EQ(describe(list), c.kept);
+        if (list.Count() > 0 && list.Item(1)->opcode() == jump) {
+            EXPECT_EQ(list.Item(1)->jumpDest(0), 0);
+        }
+    }
+}
+
+TEST(StreamEncoding, CommandsBecomeTheirBytesOrFailWithTheirError) {
+    const std::pair<std::shared_ptr<BGLCommand>, const char*> cases[] = {
+        {command(BGL_END), "BD 00"},
+        {command(DRAW_TRI_LIST_ITEM, {"1", "2", "3"}), "01 00 02 00 03 00"},
+        {command(DRAW_LINE_LIST_ITEM, {"1", "2"}), "01 00 02 00"},
+        {command(DRAW_TRI_LIST_BEGIN, {"0", "4", "40000"}), "B9 00 00 00 04 00 40 9C"},
+        {command(SET_MATERIAL, {"0", "-1"}), "B8 00 00 00 FF FF"},
+        {command(BGL_TAG, {"ABC", "1.5"}),
+         "B1 00 41 42 43 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 C0 3F"},
+        {command(VAR_BASE_32, {"-2"}), "89 00 FE FF FF FF"},
+        {command(VERTEX_LIST_BEGIN, {"1", "2"}), "B5 00"},  // no row: a bare opcode word
+        {command(SET_MATERIAL, {"2.5", " 3.5 "}), "B8 00 02 00 04 00"},  // halves to even
+    };
+    for (const auto& [c, expected] : cases) {
+        BGLCommandList list;
+        list.Add(c);
+        EXPECT_EQ(hex(list.asString()), expected);
+    }
+    BGLCommandList example;
+    example.readList(kExample);
+    EXPECT_EQ(hex(example.asString()), hex(kExample));
+
+    const std::pair<std::shared_ptr<BGLCommand>, int> failures[] = {
+        {command(SET_MATERIAL, {"1"}), 13},  // an empty parameter
+        {command(SET_MATERIAL, {"1", "x"}), 13},
+        {command(SET_MATERIAL, {"1", "32768"}), 6},
+        {command(VAR_BASE_32, {"2147483648"}), 6},
+        {command(BGL_TAG, {"A", "1E+39"}), 6},
+        {command(DRAW_LINE_LIST_BEGIN, {"0", "4", "40000"}), 6},  // written signed
+        {command(DRAW_TRI_LIST_ITEM, {"40000", "0", "0"}), 6},
+        {command(70000), 6},
+        {command(261), 9},
+    };
+    for (const auto& [c, number] : failures) {
+        BGLCommandList list;
+        list.Add(c);
+        EXPECT_TRUE(throwsPlatform([&] { list.asString(); }, number)) << c->opcode();
+    }
+    BGLCommandList tag;
+    tag.Add(command(BGL_TAG, {"seventeen chars!!", "1"}));
+    EXPECT_TRUE(throwsError([&] { tag.asString(); }, 100, "Velmora.HexFunctions",
+                            "The string trying to be written is bigger than the specified length"));
+}
+
+TEST(StreamIndices, TheDictionaryAndTheParentsOfListItems) {
+    int rows = 0;
+    int withJumps = 0;
+    for (int16_t i = 0; i <= 260; ++i) {
+        const BGLCommandDictEntry* row = BGLOpcodeDictionary::row(i);
+        if (row == nullptr || row->length == 0) continue;
+        ++rows;
+        withJumps += std::find(row->isJump.begin(), row->isJump.end(), true) != row->isJump.end();
+    }
+    EXPECT_EQ(rows, 33);
+    EXPECT_EQ(withJumps, 17);
+    EXPECT_TRUE(throwsPlatform([] { BGLOpcodeDictionary().getEntry(261); }, 9));
+
+    // List items get their own kind of header; a line header doesn't change a triangle item's.
+    BGLCommandList list;
+    for (int opcode : {DRAW_TRI_LIST_ITEM, DRAW_TRI_LIST_BEGIN, DRAW_LINE_LIST_BEGIN,
+                       DRAW_LINE_LIST_ITEM, DRAW_TRI_LIST_ITEM})
+        list.Add(command(opcode));
+    list.processParent();
+    std::string parents;
+    for (const auto& c : list)
+        parents += std::to_string(c->parent());
+    EXPECT_EQ(parents, "00032");
+}
+
+TEST(StreamIndices, UpdateMaterialShiftsAndRemovesTextureNumbers) {
+    const auto materials = [](std::initializer_list<const char*> textures) {
+        BGLCommandList list;
+        list.Add(command(jump));
+        for (const char* t : textures)
+            list.Add(command(SET_MATERIAL, {"7", t}));
+        list.Add(command(BGL_END));
+        return list;
+    };
+    BGLCommandList shifted = materials({"1", "2", "-1", "0"});
+    shifted.updateMaterial(2);
+    EXPECT_EQ(describe(shifted), "13: 184:7,1 184:7,3 184:7,-1 184:7,0 189:");
+
+    // The command that moves into a removed one's place is passed over; jumps move down.
+    BGLCommandList removed = materials({"1", "2", "0", "1", "1", "5"});
+    removed.Item(1)->jumpDest(0, 8);
+    removed.updateMaterial(2, true);
+    EXPECT_EQ(describe(removed), "13: 184:7,2 184:7,0 184:7,1 184:7,4 189:");
+    EXPECT_EQ(removed.Item(1)->jumpDest(0), 6);
+}

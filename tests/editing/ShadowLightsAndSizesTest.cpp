@@ -1,0 +1,147 @@
+#include <velmora/MDLObject.h>
+
+#include "EditingHelpers.h"
+#include "support/ErrorMatchers.h"
+#include "support/TempDir.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+using namespace velmora;
+using namespace edittest;
+using testbytes::hex;
+using testbytes::section;
+
+namespace {
+
+std::shared_ptr<BGLCommand> light() {
+    return command(BGL_LIGHT, {"0", "0", "0", "0", "0", "0", "0", "0", "0", "0", "0"});
+}
+std::shared_ptr<BGLCommand> maskTest(int variable, int32_t jump = 0) {
+    return command(IFMSK, {"", std::to_string(variable), "1"}, jump);
+}
+std::shared_ptr<BGLCommand> baseOverride() {
+    return command(VAR_BASE_OVERRIDE, {"0"});
+}
+
+}  // namespace
+
+TEST(KillShadow, TwelveBytesOnLoadedAndUnloadedModels) {
+    const std::string killShadow = "42 47 4C 20 00 00 00 00 BD 00 22 00";
+    auto model = modelWith(BGLCommandList(), section("SHAD", "real shadow"));
+    model->updateSectionSize();
+    const int32_t riffWithout = model->getRIFFSectionSize(0) - (11 + 8);
+    model->addKillShadow();
+    model->addKillShadow();
+    EXPECT_EQ(hex(model->getRIFFSectionData(5)), killShadow);
+    EXPECT_EQ(model->getRIFFSectionSize(0), riffWithout + 12 + 8);
+
+    TempDir dir;
+    model->saveMDL(dir.file("shadow.mdl"));
+    MDLObject again;
+    again.readMDL(dir.file("shadow.mdl"));
+    EXPECT_EQ(hex(again.getRIFFSectionData(5)), killShadow);
+    again.removeKillShadow();
+    EXPECT_EQ(again.getRIFFSectionSize(0), riffWithout);
+    again.saveMDL(dir.file("plain.mdl"));
+    EXPECT_EQ(readFile(dir.file("plain.mdl")).find("SHAD"), std::string::npos);
+
+    // A model never loaded gets the section and no error; the sizes wait for a save.
+    MDLObject unloaded;
+    unloaded.addKillShadow();
+    EXPECT_EQ(hex(unloaded.getRIFFSectionData(5)), killShadow);
+    EXPECT_TRUE(throwsPlatform([&] { unloaded.updateSectionSize(); }, 91));
+}
+
+TEST(FixLights, TestsAndOverridesInFrontOfLightsGoAndALightAtTheHeadFails) {
+    // 200 goes and 201 stays; from the far end 300, an override, 100: the two nearer go. The
+    // jumps onto removed commands lead to the ones that took their places; DICT is emptied.
+    auto model = modelWith(
+        *listOf({command(BGL_JUMP_32, {}, 3), command(BGL_JUMP_32, {}, 7), maskTest(200, 4),
+                 light(), maskTest(300, 9), baseOverride(), maskTest(100, 9), light(),
+                 maskTest(201, 10), light(), command(BGL_JUMP_32, {}, 6)}),
+        section("DICT", "dict"));
+    model->fixLights();
+    EXPECT_EQ(
+        shape(*model->BGLCommandList()),
+        "BGL_JUMP_32>3 BGL_JUMP_32>5 BGL_LIGHT IFMSK>6 BGL_LIGHT IFMSK>7 BGL_LIGHT BGL_JUMP_32>5");
+    EXPECT_EQ(model->BGLCommandList()->Item(4)->param(1), "300");
+    EXPECT_EQ(model->getRIFFSectionSize(3), 0);
+
+    // The removals before the failure stay done; the light behind is never reached.
+    model = modelWith(*listOf({baseOverride(), maskTest(1), light(), maskTest(50), light()}));
+    EXPECT_TRUE(throwsPlatform([&] { model->fixLights(); }, 9));
+    EXPECT_EQ(shape(*model->BGLCommandList()), "BGL_LIGHT IFMSK>0 BGL_LIGHT");
+    EXPECT_TRUE(throwsPlatform([] { MDLObject().fixLights(); }, 91));
+
+    // Keys that a host gave to commands stay with them.
+    model = modelWith(*listOf({command(SETWRD, {"1", "2"}), maskTest(7), light()}));
+    model->BGLCommandList()->Add(command(SETWRD, {"3", "4"}), "Tail", 1);
+    model->fixLights();
+    EXPECT_EQ(model->BGLCommandList()->Item("tail"), model->BGLCommandList()->Item(1));
+    EXPECT_TRUE(throwsPlatform([&] { model->BGLCommandList()->Add(nullptr, "TAIL"); }, 457));
+}
+
+namespace {
+
+std::shared_ptr<BGLCommand> useTexture(int texture) {
+    return command(SET_MATERIAL, {"0", std::to_string(texture)});
+}
+std::shared_ptr<BGLCommand> triangle(int a, int b, int c, int base = -1) {
+    if (base >= 0) return command(DRAW_TRI_LIST_BEGIN, {std::to_string(base), "3", "1"});
+    return command(DRAW_TRI_LIST_ITEM, {std::to_string(a), std::to_string(b), std::to_string(c)});
+}
+
+// Vertices 1 to 4: the origin, (10,0,0) at tx 0.5, the origin again, (10,0,0) at (3,4).
+// Textures 1 to 4: group 1 at position 1 (size 0) with position 2 (size 50); group 3 at
+// position 3 (size 100); position 4 in group 0.
+std::string sizesAfter(std::initializer_list<std::shared_ptr<BGLCommand>> commands) {
+    auto model = modelWith(*listOf(commands));
+    const float corners[4][5] = {
+        {0, 0, 0, 0, 0}, {10, 0, 0, 0.5f, 0}, {0, 0, 0, 0, 0}, {10, 0, 0, 3, 4}};
+    for (const auto& c : corners) {
+        auto v = model->VertexList()->Add();
+        v->x(c[0]);
+        v->tx(c[3]);
+        v->ty(c[4]);
+    }
+    const int16_t parents[4] = {1, 1, 3, 0};
+    const float sizes[4] = {0, 50, 100, 7};
+    for (int i = 0; i < 4; ++i) {
+        auto t = model->TextureList()->Add();
+        t->parent(parents[i]);
+        t->size(sizes[i]);
+    }
+    const int error = errorOf([&] { model->updateTextureSize(); });
+    std::ostringstream out;
+    for (const auto& t : *model->TextureList())
+        out << t->size() << " ";
+    return out.str() + "error " + std::to_string(error);
+}
+
+}  // namespace
+
+TEST(TextureSize, GroupsTakeTheLargestRatioOfTheirEdges) {
+    const std::pair<std::string, const char*> cases[] = {
+        // Ratio 10 / 0.5 = 20 sets both entries of group 1; group 3 keeps its 100.
+        {sizesAfter({useTexture(1), triangle(0, 0, 0, 0), triangle(0, 1, 2), useTexture(-1),
+                     triangle(0, 3, 2)}),
+         "20 20 100 7 error 0"},
+        // tx 3 and ty 4: a texture length of 5, ratio 2. The base vertex counts.
+        {sizesAfter({useTexture(0), triangle(0, 0, 0, 2), triangle(0, 1, 0)}), "2 2 100 7 error 0"},
+        // Equal texture coordinates: no division, nothing changes.
+        {sizesAfter({useTexture(0), triangle(0, 2, 0)}), "0 50 100 7 error 0"},
+        // A texture number outside the list; a group that names no entry (also before any
+        // SET_MATERIAL); a corner without a vertex, after the first edge raised the group.
+        {sizesAfter({useTexture(4)}), "0 50 100 7 error 9"},
+        {sizesAfter({useTexture(3), triangle(0, 1, 2)}), "0 50 100 7 error 9"},
+        {sizesAfter({triangle(0, 1, 2)}), "0 50 100 7 error 9"},
+        {sizesAfter({useTexture(0), triangle(0, 1, 9)}), "20 20 100 7 error 9"},
+        {sizesAfter({useTexture(0), triangle(0, 0, 0, 40000), triangle(0, 1, 2)}),
+         "0 50 100 7 error 6"},
+    };
+    for (const auto& [sizes, expected] : cases)
+        EXPECT_EQ(sizes, expected);
+    EXPECT_TRUE(throwsPlatform([] { MDLObject().updateTextureSize(); }, 91));
+}

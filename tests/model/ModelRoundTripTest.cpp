@@ -1,0 +1,237 @@
+#include <velmora/Host.h>
+#include <velmora/MDLObject.h>
+
+#include "support/ErrorMatchers.h"
+#include "support/ModelBytes.h"
+#include "support/StreamAssembler.h"
+#include "support/TempDir.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include <unistd.h>
+
+using namespace velmora;
+using namespace modelbytes;
+using namespace bgltest;
+
+namespace {
+
+std::string headerPayload() {
+    std::string payload;
+    for (int i = 1; i <= 9; ++i)
+        payload += le32(i * 1111);
+    return payload;  // 36 bytes
+}
+std::string boxPayload() {
+    return f32(-1) + f32(-2) + f32(-3) + f32(1) + f32(2) + f32(3);
+}
+std::string texturePayload() {  // 90 bytes; colour bytes blue, alpha, red, green
+    return le16(183) + le16(1) + le32(0) + le32(6) + bytes({0x11, 0xFF, 0x80, 0x01}) + le32(0) +
+           f32(4.5f) + "brick.bmp" + std::string(55, '\0') + le16(34);
+}
+std::string materialPayload() {  // 78 bytes
+    std::string entry;
+    for (int i = 0; i < 17; ++i)
+        entry += f32(0.25f * static_cast<float>(i));
+    return le16(182) + le16(1) + le32(0) + entry + le16(34);
+}
+std::string vertexPayload() {  // 106 bytes
+    std::string entries;
+    for (int i = 0; i < 24; ++i)
+        entries += f32(static_cast<float>(i) - 3.5f);
+    return le16(181) + le16(3) + le32(0) + entries + le16(34);
+}
+std::string shortStream() {  // ten commands, 50 bytes
+    return setMaterial(0, 0) + triangleList(0, {{0, 1, 2}, {2, 1, 0}}) + le16(38) + le16(100) +
+           le16(-5) + zBias(2) + le16(196) + le16(3) + setMaterial(0, -1) + le16(34) + bglEnd();
+}
+
+// Every section of the table in table order, with odd sizes and high bytes in the sections
+// the library never interprets.
+std::string completeModel(const std::string& stream) {
+    const std::string inner =
+        section("TEXT", texturePayload()) + section("MATE", materialPayload()) +
+        section("VERT", vertexPayload()) + section("BGL ", stream) + section("TRAN", "t") +
+        section("ANIP", bytes({0, 0xFE})) + section("ANIC", "abc") +
+        section("SCEN", bytes({0x80, 0, 0x81, 0})) + section("ATTA", "attac") +
+        section("ATTO", bytes({0xFF, 0, 0, 0, 0, 0xFF})) + section("PLAT", "plat\x7F\x80.");
+    return riff(section("MDLH", headerPayload()) +
+                section("ISFT", std::string("Velmora test\0", 13)) +
+                section("DICT", bytes({1, 2, 3, 0, 5, 6, 7})) + section("BBOX", boxPayload()) +
+                section("SHAD", bytes({9, 9, 9, 9, 9})) + section("CRAS", "crs") + "EXTE" +
+                le32(static_cast<int64_t>(inner.size())) + inner);
+}
+
+void expectCommands(const BGLCommandList& list, const StreamAssembler& a) {
+    ASSERT_EQ(list.Count(), a.size());
+    for (int i = 0; i < a.size(); ++i) {
+        const auto c = list.Item(i + 1);
+        const Op& op = a.ops[static_cast<std::size_t>(i)];
+        ASSERT_EQ(c->opcode(), op.opcode) << "command " << i + 1;
+        for (std::size_t p = 0; p < op.fields.size(); ++p) {
+            EXPECT_EQ(c->param(static_cast<int16_t>(p)), a.text(i, p)) << i + 1 << "/" << p;
+            if (op.fields[p].target >= 0) {
+                EXPECT_EQ(c->jumpDest(static_cast<int16_t>(p)), op.fields[p].target + 1);
+            }
+        }
+    }
+}
+
+}  // namespace
+
+TEST(ModelRoundTrip, EverySectionAndEveryOpcodeLoadAndSaveBackByteForByte) {
+    const StreamAssembler stream = everyOpcode();
+    TempDir dir;
+    const std::string path = dir.file("complete.mdl");
+    writeFile(path, completeModel(stream.bytes()));
+
+    MDLObject model;
+    int turns = 0;
+    setYieldHook([&] { ++turns; });
+    model.readMDL(path);
+    setYieldHook(nullptr);
+    EXPECT_GE(turns, stream.size()) << "the host gets a turn for every command";
+    EXPECT_EQ(model.LoadingStatus(), loadingBGL);
+
+    EXPECT_EQ(model.getISFT(), std::string("Velmora test\0", 13));
+    EXPECT_EQ(model.getRIFFSectionData(18), "plat\x7F\x80.");
+    EXPECT_EQ(model.MDLHeader()->param(8), 9999);
+    EXPECT_EQ(model.BoundingBox()->zmax(), 3.0f);
+    EXPECT_EQ(model.MaterialList()->Item(1)->Emmisive()->a(), 3.75f);
+    EXPECT_EQ(model.MaterialList()->Item(1)->Power(), 4.0f);
+    const auto texture = model.TextureList()->Item(1);
+    EXPECT_EQ(texture->bitmap(), "brick.bmp");
+    EXPECT_EQ(texture->size(), 4.5f);
+    EXPECT_EQ(hex(texture->color()->packedColor()), "FF 11 01 80");
+    EXPECT_EQ(model.VertexList()->Item(3)->ty(), 23.0f - 3.5f);
+    expectCommands(*model.BGLCommandList(), stream);
+
+    model.saveMDL(path);
+    EXPECT_EQ(hex(readFile(path)), hex(completeModel(stream.bytes())));
+    EXPECT_EQ(dir.listing(), "complete.mdl") << "nothing left beside the file";
+
+    // Commands go in and out; every offset and every size is worked out anew.
+    StreamAssembler edited = stream;
+    BGLCommandList& list = *model.BGLCommandList();
+    list.Add(command(SET_MATERIAL, {"1", "2"}), "", 12);
+    list.updateJumpDest(12);
+    edited.insert(11, Op{SET_MATERIAL, {w(1), w(2)}});
+    list.Add(command(BGL_ZBIAS, {"9"}), "", 1);
+    list.updateJumpDest(1);
+    edited.insert(0, Op{BGL_ZBIAS, {w(9)}});
+    list.Add(command(DRAW_TRI_LIST_ITEM, {"4", "5", "6"}), "", 27);  // a third triangle
+    list.updateJumpDest(27);
+    edited.insert(26, Op{DRAW_TRI_LIST_ITEM, {w(4), w(5), w(6)}});
+    list.Item(25)->param(2, "9");
+    edited.ops[24].fields[2] = w(9);
+    list.Remove(29);  // BGL_LIGHT: the jump to it now leads to the new triangle in front
+    list.updateJumpDest(29, true);
+    edited.erase(28);
+    list.Remove(3);  // VAR_BASE_32
+    list.updateJumpDest(3, true);
+    edited.erase(2);
+    model.saveMDL(path);
+    EXPECT_EQ(hex(readFile(path)), hex(completeModel(edited.bytes())));
+    MDLObject again;
+    again.readMDL(path);
+    expectCommands(*again.BGLCommandList(), edited);
+}
+
+TEST(ModelRoundTrip, SizesAreRecomputedAndTheTableOrderRestored) {
+    // Sections out of order, "TEXT" and "BGL " outside any "EXTE", "SHAD" of size 0.
+    const std::string source = riff(
+        section("BGL ", shortStream()) + section("SHAD", "") + section("TEXT", texturePayload()) +
+        section("VERT", vertexPayload()) + section("BBOX", boxPayload()) +
+        section("MATE", materialPayload()) + section("MDLH", headerPayload()));
+    TempDir dir;
+    MDLObject model;
+    model.readMDLBytes(source, "scrambled.mdl");
+    model.saveMDL(dir.file("out.mdl"));
+    const std::string saved = readFile(dir.file("out.mdl"));
+    EXPECT_EQ(saved.size(), 452u);
+    EXPECT_EQ(model.getRIFFSectionSize(7), 356);
+    EXPECT_EQ(model.getRIFFSectionSize(0), 444);
+    EXPECT_EQ(saved.substr(4, 4), le32(444));
+    std::string tags;
+    for (const auto& [tag, payload] : sectionsOf(saved))
+        tags += tag + ",";
+    EXPECT_EQ(tags, "MDLH,BBOX,EXTE,TEXT,MATE,VERT,BGL ,");
+    EXPECT_NE(saved.find("EXTE" + le32(356) + "TEXT" + le32(90)), std::string::npos);
+}
+
+TEST(ModelRoundTrip, BadFilesRaiseTheirErrorsAndKeepTheEarlierObjects) {
+    MDLObject model;
+    model.readMDLBytes(completeModel(shortStream()), "first.mdl");
+    const auto textures = model.TextureList();
+    const std::string header = section("MDLH", headerPayload());
+    const char* notAModel = "This is not a valid RIFF scenery MDL file";
+    struct Case {
+        std::string bytes;
+        int number;
+        const char* source;  // and description, for error 100
+        const char* description;
+    };
+    const Case cases[] = {
+        {"", 100, "Velmora.MDLObject", notAModel},
+        {"RIFX" + le32(4) + "MDL9", 100, "Velmora.MDLObject", notAModel},
+        {riff("", "MDL8"), 100, "Velmora.MDLObject", notAModel},
+        {riff(header + section("XXXX", "")), 9, "", ""},                // an unknown tag
+        {riff(header + "CRAS" + le32(0x7FFFFFF0) + "abc"), 9, "", ""},  // past the end
+        {riff(header + "CRAS" + le32(-2) + "ab"), 5, "", ""},           // a negative size
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(hex(c.bytes.substr(0, 16)));
+        EXPECT_TRUE(throwsError([&] { model.readMDLBytes(c.bytes, "bad.mdl"); }, c.number,
+                                c.number == 100 ? c.source : "Velmora", c.description));
+        EXPECT_EQ(model.TextureList(), textures) << "the decoded objects stay";
+        EXPECT_EQ(model.path(), "first.mdl");
+    }
+    TempDir dir;
+    EXPECT_TRUE(throwsError([&] { model.readMDL(dir.file("missing.mdl")); }, 100,
+                            "Velmora.MDLObject", notAModel));
+    EXPECT_EQ(dir.listing(), "") << "a failed read creates nothing";
+    model.readMDLBytes(completeModel(shortStream()));
+    model.readMDLBytes(riff(section("CRAS", "c")));
+    EXPECT_EQ(model.getISFT() + model.getRIFFSectionData(3), "") << "a new load starts afresh";
+
+    // A list section with the wrong head: the objects decoded before it are the new ones.
+    const std::string good = header + section("MATE", materialPayload());
+    const Case heads[] = {
+        {header + section("MATE", le16(181)), 100, "Velmora.MaterialList",
+         "Data does not contain a valid material list"},
+        {good + section("TEXT", le16(0)), 100, "Velmora.TextureList",
+         "No valid texture list data in string"},
+        {good + section("VERT", le16(183) + le16(1)), 100, "Velmora.VertexList",
+         "Error while reading vertex list"},
+    };
+    for (const Case& c : heads) {
+        EXPECT_TRUE(throwsError([&] { model.readMDLBytes(riff(c.bytes), "bad.mdl"); }, 100,
+                                c.source, c.description));
+        EXPECT_NE(model.TextureList(), textures);
+        EXPECT_EQ(model.MDLHeader()->param(0), 1111) << "decoded before the failure";
+        EXPECT_EQ(model.BGLCommandList()->Count(), 0);
+    }
+}
+
+TEST(ModelRoundTrip, FailedSavesLeaveTheOldFileAlone) {
+    TempDir dir;
+    const std::string path = dir.file("model.mdl");
+    writeFile(path, "old contents");
+    EXPECT_TRUE(throwsPlatform([&] { MDLObject().saveMDL(path); }, 91));
+
+    MDLObject model;
+    model.readMDLBytes(completeModel(shortStream()));
+    model.TextureList()->Item(1)->bitmap(std::string(65, 'x'));
+    EXPECT_TRUE(throwsError([&] { model.saveMDL(path); }, 100, "Velmora.HexFunctions",
+                            "The string trying to be written is bigger than the specified length"));
+    model.TextureList()->Item(1)->bitmap("ok.bmp");
+    std::filesystem::permissions(path, std::filesystem::perms::owner_read);
+    if (getuid() != 0) {
+        EXPECT_TRUE(throwsPlatform([&] { model.saveMDL(path); }, 70));
+    }
+    EXPECT_TRUE(throwsPlatform([&] { model.saveMDL(dir.file("no/such/folder.mdl")); }, 76));
+    EXPECT_EQ(readFile(path), "old contents");
+    EXPECT_EQ(dir.listing(), "model.mdl");
+}
