@@ -30,6 +30,7 @@ for harness in "${harnesses[@]}"; do
         tail -30 "$build/$harness.log"
         status=1
     fi
-    grep -E "stat::number_of_executed_units|stat::new_units_added|cov:" "$build/$harness.log" | tail -3
+    grep -E "^#[0-9]+[[:space:]]+DONE|stat::number_of_executed_units|stat::peak_rss_mb" \
+        "$build/$harness.log" || true
 done
 exit $status

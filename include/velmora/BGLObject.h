@@ -22,7 +22,9 @@ public:
     std::shared_ptr<velmora::ModelList> ModelList() const { return modelList_; }
 
 private:
-    void fillModels(int16_t file);
+    // The sections from `firstOfThisFile` on share one budget of model bytes; earlier ones, read
+    // from another file by an earlier scan, each have their own.
+    void fillModels(int16_t file, int32_t firstOfThisFile = 1);
 
     std::shared_ptr<velmora::ModelList> modelList_;
     std::shared_ptr<XMLBGLSectionList> sections_;

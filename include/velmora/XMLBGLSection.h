@@ -8,6 +8,9 @@ namespace velmora {
 class XMLBGLSectionList;
 class ModelList;
 class BGLObject;
+namespace detail {
+struct ScanBudget;
+}
 
 // The kinds of section of an XML-style BGL file; only mdl is acted on.
 enum XMLBGLSectionType : int32_t {
@@ -48,6 +51,9 @@ public:
 
 private:
     friend class BGLObject;
+    // Fills the list within what the earlier sections of the same file have left of `budget`.
+    void fillModelList(const std::shared_ptr<ModelList>& m, int16_t file,
+                       detail::ScanBudget& budget);
 
     XMLBGLSectionType sectionType_ = static_cast<XMLBGLSectionType>(0);
     int32_t numSubSection_ = 0;

@@ -13,6 +13,7 @@ namespace {
 constexpr int16_t kXMLBGLMagic = 513;  // the bytes 01 02
 constexpr int64_t kHeaderSize = 56;
 constexpr int64_t kSectionRecordSize = 20;
+constexpr int64_t kSubSectionRecordSize = 16;
 
 }  // namespace
 
@@ -45,6 +46,7 @@ void BGLObject::readXMLBGL(const std::string& f) {
     hex::readString(file, 18);
     const int16_t sectionCount = numbers::narrow16(hex::readLong(file));
     hex::readString(file, 32);
+    const int32_t firstOfThisFile = sections_->Count() + 1;
 
     // Checked before the walk, so a false count can't make records out of nothing.
     if (!scenery::tableFitsInFile(file, kHeaderSize, sectionCount, kSectionRecordSize)) {
@@ -56,16 +58,30 @@ void BGLObject::readXMLBGL(const std::string& f) {
         section->position_ = sections_->Count() + 1;
         sections_->Add(std::move(section));
     }
-    for (const auto& section : *sections_)
+    // The subsection tables of a file don't overlap, so together they fit in it: sections that
+    // all point at one table can't make a small file hold its records many times over.
+    int64_t subSectionBytes = 0;
+    for (const auto& section : *sections_) {
+        if (section->position_ >= firstOfThisFile && section->numSubSection() > 0) {
+            subSectionBytes += section->numSubSection() * kSubSectionRecordSize;
+        }
+        if (subSectionBytes > hex::fileLength(file)) {
+            scenery::raiseDamagedTable("subsection table of " +
+                                       scenery::sectionName(section->position_));
+        }
         section->readSubSections(file);
-    fillModels(file);
+    }
+    fillModels(file, firstOfThisFile);
 }
 
-void BGLObject::fillModels(int16_t file) {
+void BGLObject::fillModels(int16_t file, int32_t firstOfThisFile) {
+    detail::ScanBudget thisFile;
     for (const auto& section : *sections_) {
         if (section->sectionType() != mdl) continue;
         modelList_ = std::make_shared<velmora::ModelList>();
-        section->fillModelList(modelList_, file);
+        detail::ScanBudget anotherFile;
+        section->fillModelList(modelList_, file,
+                               section->position_ >= firstOfThisFile ? thisFile : anotherFile);
     }
 }
 

@@ -19,3 +19,16 @@ bool tableFitsInFile(int16_t file, int64_t offset, int64_t count, int64_t record
 std::string sectionName(int32_t position);
 
 }  // namespace velmora::scenery
+
+namespace velmora::detail {
+
+// What the model tables and the models of one scanned file have claimed so far. Tables and
+// models don't overlap, so together they take no more bytes than the file; and the entries of
+// the models' lists take no more bytes than the models hold, but for what one model's 16-bit
+// counts may claim beyond its data.
+struct ScanBudget {
+    int64_t tableAndModelBytes = 0;
+    int64_t entryBytes = 0;
+};
+
+}  // namespace velmora::detail

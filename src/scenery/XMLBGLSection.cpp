@@ -1,7 +1,11 @@
 #include <velmora/XMLBGLSection.h>
 
+#include <velmora/BGLCommandList.h>
 #include <velmora/MDLObject.h>
+#include <velmora/MaterialList.h>
 #include <velmora/ModelList.h>
+#include <velmora/TextureList.h>
+#include <velmora/VertexList.h>
 #include <velmora/XMLBGLSectionList.h>
 
 #include "foundation/Errors.h"
@@ -15,6 +19,18 @@ namespace {
 
 constexpr int64_t kSubSectionRecordSize = 16;
 constexpr int64_t kModelEntrySize = 24;
+
+// What the entries of a model's lists take in its file: 32 bytes a vertex, 80 a texture, 68 a
+// material and at least 2 a command.
+int64_t bytesOfEntries(const MDLObject& model) {
+    return int64_t{model.VertexList()->Count()} * 32 + int64_t{model.TextureList()->Count()} * 80 +
+           int64_t{model.MaterialList()->Count()} * 68 +
+           int64_t{model.BGLCommandList()->Count()} * 2;
+}
+
+// The most that the 16-bit counts of one model can claim: 65,535 vertices, 32,767 textures and
+// materials, and two list headers' 32,767 items each.
+constexpr int64_t kOneModelsClaims = 65535 * 32 + 32767 * (80 + 68) + 2 * 32768 * 2;
 
 // seekFile counts from 1; offsets in the file count from 0.
 void seekToOffset(int16_t file, int64_t offset) {
@@ -55,6 +71,14 @@ void XMLBGLSection::readSubSections(int16_t file) {
 }
 
 void XMLBGLSection::fillModelList(const std::shared_ptr<ModelList>& m, int16_t file) {
+    detail::ScanBudget budget;
+    fillModelList(m, file, budget);
+}
+
+// Tables or entries that all point at the same bytes, or models whose counts all claim entries
+// beyond their data, can't make a small file hold many times its size.
+void XMLBGLSection::fillModelList(const std::shared_ptr<ModelList>& m, int16_t file,
+                                  detail::ScanBudget& budget) {
     if (!m) raisePlatformError(kObjectNotSet);
     if (!subSections_) return;
     const int64_t length = hex::fileLength(file);
@@ -68,13 +92,18 @@ void XMLBGLSection::fillModelList(const std::shared_ptr<ModelList>& m, int16_t f
         if (!scenery::tableFitsInFile(file, tableOffset, count, kModelEntrySize)) {
             scenery::raiseDamagedTable(table);
         }
+        int64_t& claimed = budget.tableAndModelBytes;
+        if (count > 0) claimed += count * kModelEntrySize;
+        if (claimed > length) scenery::raiseDamagedTable(table);
         for (int32_t j = 1; j <= count; ++j) {
             seekToOffset(file, (j - 1) * kModelEntrySize + tableOffset);
             for (int i = 0; i < 4; ++i)
                 hex::readLong(file);
             const int64_t dataStart = tableOffset + hex::readLong(file);
             const int32_t dataSize = hex::readLong(file);
-            if (dataStart < 0 || dataSize < 0 || dataSize > length - dataStart) {
+            if (dataSize > 0) claimed += dataSize;
+            if (dataStart < 0 || dataSize < 0 || dataSize > length - dataStart ||
+                claimed > length) {
                 scenery::raiseDamagedTable(table);
             }
             seekToOffset(file, dataStart);
@@ -82,6 +111,10 @@ void XMLBGLSection::fillModelList(const std::shared_ptr<ModelList>& m, int16_t f
             auto model = std::make_shared<MDLObject>();
             // The model's bytes go to the reader in memory, not through scratch files.
             model->readMDLBytes(bytes);
+            // Beyond the file's own bytes, the scan allows one model's worth of counts that claim
+            // entries beyond their data (decoded as zeros), not one per model.
+            budget.entryBytes += bytesOfEntries(*model);
+            if (budget.entryBytes > length + kOneModelsClaims) scenery::raiseDamagedTable(table);
             m->Add(std::move(model));
         }
     }
