@@ -10,6 +10,8 @@
 
 #include <algorithm>
 #include <memory>
+#include <string>
+#include <unordered_set>
 
 namespace velmora {
 
@@ -106,13 +108,16 @@ void OpenFlightWriter::writeTexturePalette(const std::shared_ptr<TextureList>& t
     const auto& textures = required(tList).elements();
     flt::BigEndianRecord out(dbFile_);
     int32_t index = 0;
+    // An attribute file holds nothing but its name's fixed words: a name met again is written
+    // once, so thousands of textures of one bitmap don't write one file thousands of times.
+    std::unordered_set<std::string> attributesWritten;
     for (const auto& t : textures) {
         const std::string fileName = flt::textureFileName(t->bitmap(), texFormat);
         out.head(kTexturePalette, 216);
         out.text(fileName, 200);
         out.int32(index);
         out.zeros(8);  // x and y location in the palette
-        if (saveATTR) writeTextureAttribute(fileName);
+        if (saveATTR && attributesWritten.insert(fileName).second) writeTextureAttribute(fileName);
         ++index;
     }
 }
