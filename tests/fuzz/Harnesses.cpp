@@ -119,11 +119,13 @@ void editChain(const uint8_t* data, std::size_t size) {
         commands.getConditions(-1);
     });
     run([&] {
-        // Seasons read for each texture group and written back with new dates.
+        // Seasons read for the first few texture groups (each read walks every command) and
+        // written back with new dates.
         int16_t group = 0;
+        int reads = 0;
         for (const auto& texture : *model.TextureList()) {
             if (choice & 32) texture->parent(++group);
-            model.readSeasonalDates(texture->parent());
+            if (reads++ < 4) model.readSeasonalDates(texture->parent());
         }
         auto seasons = model.readSeasonalDates(1);
         seasons.active[0] = seasons.active[2] = true;
