@@ -12,7 +12,7 @@ class BGLCommandList;
 // Writes a model's textures and command stream as a BGLC-style listing, for reading and
 // debugging. Lines end in CR LF.
 class ASMWriter {
-public:
+  public:
     ASMWriter();
     ~ASMWriter();
     ASMWriter(const ASMWriter&) = delete;
@@ -23,7 +23,7 @@ public:
     void writeBGLCommandList(const std::shared_ptr<BGLCommandList>& bglcList);
     void closeASM();
 
-private:
+  private:
     int16_t asmFile_ = -1;
     bool fileOpen_ = false;  // asmFile_ keeps its number after closeASM
 };

@@ -21,7 +21,7 @@ struct CommandSlots;
 // that number, any other text verbatim. What reading a parameter gives is always the text that
 // was stored.
 class BGLCommand {
-public:
+  public:
     BGLCommand() = default;
     BGLCommand(const BGLCommand& other);
     BGLCommand& operator=(const BGLCommand& other);
@@ -43,7 +43,7 @@ public:
     int32_t jumpDest(int16_t Index) const;
     void jumpDest(int16_t Index, int32_t value);
 
-private:
+  private:
     friend struct detail::CommandSlots;
 
     enum class SlotKind : uint8_t { Empty, Integer, Single, Text };

@@ -17,7 +17,7 @@ class ConditionList;
 // The decoded BGL command stream: commands in stream order, 1-based. Jumps are held as list
 // positions (`jumpDest`); byte offsets are worked out anew when the list is encoded.
 class BGLCommandList {
-public:
+  public:
     using const_iterator = KeyedCollection<BGLCommand>::const_iterator;
 
     BGLCommandList();
@@ -51,7 +51,7 @@ public:
     const KeyedCollection<BGLCommand>& commands() const { return commands_; }
     KeyedCollection<BGLCommand>& commands() { return commands_; }
 
-private:
+  private:
     int16_t findSeasonalBlock(int16_t texture, bool backwards, int32_t startAt) const;
 
     KeyedCollection<BGLCommand> commands_;

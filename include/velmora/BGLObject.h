@@ -10,7 +10,7 @@ namespace velmora {
 
 // Finds the models of an XML-style compiled BGL file and loads each as an MDLObject.
 class BGLObject {
-public:
+  public:
     BGLObject();
     ~BGLObject();
 
@@ -21,7 +21,7 @@ public:
     void readXMLBGL(const std::string& f);
     std::shared_ptr<velmora::ModelList> ModelList() const { return modelList_; }
 
-private:
+  private:
     // The sections from `firstOfThisFile` on share one budget of model bytes; earlier ones, read
     // from another file by an earlier scan, each have their own.
     void fillModels(int16_t file, int32_t firstOfThisFile = 1);

@@ -6,7 +6,7 @@ namespace velmora {
 
 // The six singles of the "BBOX" section: the lower corner, then the upper corner.
 class BoundingBox {
-public:
+  public:
     float xmin() const { return xmin_; }
     void xmin(float value) { xmin_ = value; }
     float ymin() const { return ymin_; }
@@ -23,7 +23,7 @@ public:
     void readList(const std::string& data);
     std::string asString() const;
 
-private:
+  private:
     float xmin_ = 0, ymin_ = 0, zmin_ = 0;
     float xmax_ = 0, ymax_ = 0, zmax_ = 0;
 };

@@ -10,7 +10,7 @@ enum CondType : int32_t { Between = 0, mask = 1, RotUser = 2, RotWind = 3 };
 
 // One condition: a range or mask test on a scenery variable, or a rotation.
 class Condition {
-public:
+  public:
     // "Between", "Mask", "Rotate to user" or "Rotate with wind"; error 9 for another cType.
     std::string getTypeString() const;
     CondType cType() const { return cType_; }
@@ -22,7 +22,7 @@ public:
     int16_t max() const { return max_; }
     void max(int16_t value) { max_ = value; }
 
-private:
+  private:
     CondType cType_ = Between;
     std::string var_;
     int16_t min_ = 0;

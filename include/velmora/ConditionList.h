@@ -15,7 +15,7 @@ enum eMultiCondition : int32_t { mAND = 0, mOR = 1, mNOT = 2, mNOR = 3 };
 
 // The conditions in front of a model's guarded call, with the stretch of commands they occupy.
 class ConditionList {
-public:
+  public:
     using const_iterator = KeyedCollection<Condition>::const_iterator;
 
     std::shared_ptr<Condition> Add(std::shared_ptr<Condition> sCondition = nullptr,
@@ -33,7 +33,7 @@ public:
     eMultiCondition multiCondition() const { return multiCondition_; }
     void multiCondition(eMultiCondition value) { multiCondition_ = value; }
 
-private:
+  private:
     KeyedCollection<Condition> items_;
     int32_t commandStart_ = 0;
     int32_t commandEnd_ = 0;

@@ -10,14 +10,15 @@ namespace velmora {
 // What the preview's walk over a model emits: the OpenGL operations that make up its display
 // list. One implementation forwards to OpenGL; DrawListRecorder keeps them in a list.
 class DrawListSink {
-public:
+  public:
     virtual ~DrawListSink() = default;
     virtual uint32_t glGenLists(int32_t range) = 0;
     virtual void glNewList(uint32_t list, uint32_t mode) = 0;
     virtual void glEndList() = 0;
     virtual void glPolygonOffset(float factor, float units) = 0;
     virtual void glBindTexture(uint32_t target, uint32_t texture) = 0;
-    virtual void glMaterialfv(uint32_t face, uint32_t pname, const std::array<float, 4>& params) = 0;
+    virtual void glMaterialfv(uint32_t face, uint32_t pname,
+                              const std::array<float, 4>& params) = 0;
     virtual void glBegin(uint32_t mode) = 0;
     virtual void glNormal3f(float nx, float ny, float nz) = 0;
     virtual void glTexCoord2f(float s, float t) = 0;
@@ -27,10 +28,10 @@ public:
 
 // Keeps every operation, with its arguments, in order.
 class DrawListRecorder final : public DrawListSink {
-public:
+  public:
     struct Operation {
-        std::string name;           // "glBegin", "glVertex3f", ...
-        std::vector<double> args;   // the arguments in order (floats widened)
+        std::string name;          // "glBegin", "glVertex3f", ...
+        std::vector<double> args;  // the arguments in order (floats widened)
     };
 
     uint32_t glGenLists(int32_t range) override;
@@ -48,7 +49,7 @@ public:
     const std::vector<Operation>& operations() const { return operations_; }
     void clear() { operations_.clear(); }
 
-private:
+  private:
     std::vector<Operation> operations_;
     uint32_t nextList_ = 1;
 };

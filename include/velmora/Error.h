@@ -9,7 +9,7 @@ namespace velmora {
 // Every failure of the library. The library's own errors carry number 100 and a source such as
 // "Velmora.MDLObject"; errors of the platform keep their usual numbers with the source "Velmora".
 class Error : public std::runtime_error {
-public:
+  public:
     Error(int32_t number, std::string source, std::string description)
         : std::runtime_error(description),
           number_(number),
@@ -20,7 +20,7 @@ public:
     const std::string& source() const noexcept { return source_; }
     const std::string& description() const noexcept { return description_; }
 
-private:
+  private:
     int32_t number_;
     std::string source_;
     std::string description_;

@@ -10,7 +10,7 @@ namespace velmora {
 // Names an element of a list either by its 1-based position or by its key.
 // A default IndexKey and the empty string both mean "none".
 class IndexKey {
-public:
+  public:
     IndexKey() = default;
     template <std::integral Integer>
     IndexKey(Integer position) : value_(static_cast<int64_t>(position)) {}
@@ -29,7 +29,7 @@ public:
         return isKey() ? std::get<std::string>(value_) : empty;
     }
 
-private:
+  private:
     std::variant<std::monostate, int64_t, std::string> value_;
 };
 

@@ -17,7 +17,7 @@ namespace velmora {
 // Position lookups are constant time; key lookups are constant time through a hash map.
 template <class T>
 class KeyedCollection {
-public:
+  public:
     using Element = std::shared_ptr<T>;
     using const_iterator = typename std::vector<Element>::const_iterator;
 
@@ -111,12 +111,13 @@ public:
 
     // Empties the list from the last element to the first.
     void clear() {
-        while (!items_.empty()) items_.pop_back();
+        while (!items_.empty())
+            items_.pop_back();
         keys_.clear();
         byKey_.clear();
     }
 
-private:
+  private:
     static std::string foldKey(const std::string& key) {
         std::string folded = key;
         for (char& c : folded) {

@@ -8,7 +8,7 @@ namespace velmora {
 
 // The nine 32-bit values of the "MDLH" section, carried without a meaning.
 class MDLHeader {
-public:
+  public:
     // Index 0 to 8; anything else is error 9.
     int32_t param(int16_t Index) const;
     void param(int16_t Index, int32_t value);
@@ -16,7 +16,7 @@ public:
     void readList(const std::string& data);
     std::string asString() const;
 
-private:
+  private:
     std::array<int32_t, 9> params_{};
 };
 

@@ -41,7 +41,7 @@ struct RIFFSection {
 // A scenery MDL model: the RIFF file of form "MDL9", split into its 19 known sections, with
 // the header, bounding box, materials, textures, vertices and command stream decoded.
 class MDLObject {
-public:
+  public:
     MDLObject();
     ~MDLObject();
     MDLObject(const MDLObject&) = delete;
@@ -114,7 +114,7 @@ public:
     }
     int16_t drawListId() const { return drawListId_; }
 
-private:
+  private:
     void requireLoaded() const;
 
     std::array<RIFFSection, 20> sectionTable_;

@@ -12,7 +12,7 @@ namespace velmora {
 
 // The materials of a model: reads and writes the "MATE" section.
 class MaterialList {
-public:
+  public:
     using const_iterator = KeyedCollection<material>::const_iterator;
 
     ~MaterialList();
@@ -30,7 +30,7 @@ public:
 
     const KeyedCollection<material>& elements() const { return items_; }
 
-private:
+  private:
     KeyedCollection<material> items_;
 };
 

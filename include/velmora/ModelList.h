@@ -12,7 +12,7 @@ namespace velmora {
 
 // The models found in a compiled scenery file.
 class ModelList {
-public:
+  public:
     using const_iterator = KeyedCollection<MDLObject>::const_iterator;
 
     std::shared_ptr<MDLObject> Add(std::shared_ptr<MDLObject> sMDLObject,
@@ -23,7 +23,7 @@ public:
     const_iterator begin() const;
     const_iterator end() const;
 
-private:
+  private:
     KeyedCollection<MDLObject> items_;
 };
 

@@ -13,7 +13,7 @@ class TextureList;
 // A record-level writer of OpenFlight databases, format revision 16.0, big-endian.
 // The caller gives the order of the records and pairs each push with its pop.
 class OpenFlightWriter {
-public:
+  public:
     OpenFlightWriter();
     ~OpenFlightWriter();
     OpenFlightWriter(const OpenFlightWriter&) = delete;
@@ -44,7 +44,7 @@ public:
     void writeComment(const std::string& comment);
     void writeLongID(const std::string& name);
 
-private:
+  private:
     int16_t dbFile_ = 0;
     std::string dbFolder_;
 };

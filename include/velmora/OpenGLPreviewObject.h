@@ -8,7 +8,7 @@ namespace velmora {
 // The preview's link to a drawing surface: makes the OpenGL context and turns image files
 // into OpenGL textures.
 class OpenGLPreviewObject {
-public:
+  public:
     OpenGLPreviewObject();
     ~OpenGLPreviewObject();
     OpenGLPreviewObject(const OpenGLPreviewObject&) = delete;
@@ -21,7 +21,7 @@ public:
     // Loads an image file as a texture and gives its texture name; 0 for an empty path.
     int32_t loadTexture(const std::string& s);
 
-private:
+  private:
     bool openGLInit_ = false;
     int32_t renderContext_ = 0;
     int32_t deviceContext_ = 0;

@@ -12,7 +12,7 @@ namespace velmora {
 
 // The textures of a model: reads and writes the "TEXT" section.
 class TextureList {
-public:
+  public:
     using const_iterator = KeyedCollection<texture>::const_iterator;
 
     ~TextureList();
@@ -32,7 +32,7 @@ public:
 
     const KeyedCollection<texture>& elements() const { return items_; }
 
-private:
+  private:
     KeyedCollection<texture> items_;
 };
 

@@ -4,7 +4,7 @@ namespace velmora {
 
 // One entry of the vertex pool: position, normal and texture coordinates.
 class Vertex {
-public:
+  public:
     float x() const { return x_; }
     float y() const { return y_; }
     float z() const { return z_; }
@@ -22,7 +22,7 @@ public:
     void tx(float value) { tx_ = value; }
     void ty(float value) { ty_ = value; }
 
-private:
+  private:
     float x_ = 0, y_ = 0, z_ = 0;
     float nx_ = 0, ny_ = 0, nz_ = 0;
     float tx_ = 0, ty_ = 0;

@@ -12,7 +12,7 @@ namespace velmora {
 
 // The vertex pool of a model: reads and writes the "VERT" section (up to 65,535 vertices).
 class VertexList {
-public:
+  public:
     using const_iterator = KeyedCollection<Vertex>::const_iterator;
 
     ~VertexList();
@@ -31,7 +31,7 @@ public:
 
     const KeyedCollection<Vertex>& elements() const { return items_; }
 
-private:
+  private:
     KeyedCollection<Vertex> items_;
 };
 

@@ -30,7 +30,7 @@ enum XMLBGLSectionType : int32_t {
 
 // A section record of an XML-style BGL file, or one of its subsection records.
 class XMLBGLSection {
-public:
+  public:
     XMLBGLSection();
     ~XMLBGLSection();
 
@@ -49,7 +49,7 @@ public:
 
     std::shared_ptr<XMLBGLSectionList> subSections() const { return subSections_; }
 
-private:
+  private:
     friend class BGLObject;
     // Fills the list within what the earlier sections of the same file have left of `budget`.
     void fillModelList(const std::shared_ptr<ModelList>& m, int16_t file,

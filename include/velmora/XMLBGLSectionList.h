@@ -12,7 +12,7 @@ namespace velmora {
 
 // The section or subsection records of an XML-style BGL file.
 class XMLBGLSectionList {
-public:
+  public:
     using const_iterator = KeyedCollection<XMLBGLSection>::const_iterator;
 
     std::shared_ptr<XMLBGLSection> Add(std::shared_ptr<XMLBGLSection> sXMLBGLSection = nullptr,
@@ -23,7 +23,7 @@ public:
     const_iterator begin() const;
     const_iterator end() const;
 
-private:
+  private:
     KeyedCollection<XMLBGLSection> items_;
 };
 

@@ -7,7 +7,7 @@ namespace velmora {
 
 // A colour of four singles 0.0 to 1.0, with a 0 to 255 integer view of the same fields.
 class color {
-public:
+  public:
     float r() const { return r_; }
     float g() const { return g_; }
     float b() const { return b_; }
@@ -31,7 +31,7 @@ public:
     // The bytes 255, Bi, Gi, Ri; error 5 when a component is outside 0 to 255.
     std::string packedColor() const;
 
-private:
+  private:
     float r_ = 0;
     float g_ = 0;
     float b_ = 0;

@@ -8,7 +8,7 @@ namespace velmora {
 
 // A lighting material of four colours and a power.
 class material {
-public:
+  public:
     material();
 
     std::shared_ptr<color> Diffuse() const { return diffuse_; }
@@ -22,7 +22,7 @@ public:
     float Power() const { return power_; }
     void Power(float value) { power_ = value; }
 
-private:
+  private:
     std::shared_ptr<color> diffuse_;
     std::shared_ptr<color> ambient_;
     std::shared_ptr<color> specular_;

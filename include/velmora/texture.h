@@ -33,7 +33,7 @@ enum textureVariant : int32_t { summer = 0, autumn = 1, winter = 2, heavywinter 
 // One entry of the texture table. Only textureType, color, size and bitmap are stored in the
 // model file; the rest is set by the host and the preview.
 class texture {
-public:
+  public:
     texture();
 
     velmora::textureType textureType() const { return textureType_; }
@@ -59,7 +59,7 @@ public:
     // The value of a type name, compared exactly, or 0.
     int32_t getTypeVal(const std::string& s) const;
 
-private:
+  private:
     velmora::textureType textureType_ = static_cast<velmora::textureType>(0);
     std::shared_ptr<velmora::color> color_;
     float size_ = 0;

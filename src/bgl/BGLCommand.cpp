@@ -46,10 +46,14 @@ std::string BGLCommand::param(int16_t Index) const {
     }
     if (slot == nullptr) return {};
     switch (slot->kind) {
-        case SlotKind::Empty: return {};
-        case SlotKind::Integer: return numbers::formatInteger(slot->bits);
-        case SlotKind::Single: return numbers::formatSingle(std::bit_cast<float>(slot->bits));
-        case SlotKind::Text: return extra_->texts[static_cast<std::size_t>(slot->bits)];
+        case SlotKind::Empty:
+            return {};
+        case SlotKind::Integer:
+            return numbers::formatInteger(slot->bits);
+        case SlotKind::Single:
+            return numbers::formatSingle(std::bit_cast<float>(slot->bits));
+        case SlotKind::Text:
+            return extra_->texts[static_cast<std::size_t>(slot->bits)];
     }
     return {};
 }
@@ -96,11 +100,15 @@ double CommandSlots::number(const BGLCommand& command, int index) {
     const BGLCommand::Slot* slot = findSlot(command, index);
     if (slot == nullptr) raisePlatformError(kTypeMismatch);
     switch (slot->kind) {
-        case BGLCommand::SlotKind::Integer: return slot->bits;
-        case BGLCommand::SlotKind::Single: return std::bit_cast<float>(slot->bits);
+        case BGLCommand::SlotKind::Integer:
+            return slot->bits;
+        case BGLCommand::SlotKind::Single:
+            return std::bit_cast<float>(slot->bits);
         case BGLCommand::SlotKind::Text:
-            return numbers::parseNumber(command.extra_->texts[static_cast<std::size_t>(slot->bits)]);
-        case BGLCommand::SlotKind::Empty: break;
+            return numbers::parseNumber(
+                command.extra_->texts[static_cast<std::size_t>(slot->bits)]);
+        case BGLCommand::SlotKind::Empty:
+            break;
     }
     raisePlatformError(kTypeMismatch);
 }
@@ -167,7 +175,8 @@ void CommandSlots::clear(BGLCommand& command, int index) {
     const BGLCommand::Slot* existing = findSlot(command, index);
     if (existing == nullptr) return;
     BGLCommand::Slot& slot = slotForWriting(command, index);
-    if (slot.kind == BGLCommand::SlotKind::Text) command.extra_->texts[static_cast<std::size_t>(slot.bits)].clear();
+    if (slot.kind == BGLCommand::SlotKind::Text)
+        command.extra_->texts[static_cast<std::size_t>(slot.bits)].clear();
     slot.kind = BGLCommand::SlotKind::Empty;
     slot.bits = 0;
 }

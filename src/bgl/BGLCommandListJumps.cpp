@@ -29,7 +29,8 @@ void BGLCommandList::processJumpDest() {
         int64_t k = 0;
         for (std::size_t b = 0; b < firstEndFrom.size(); ++b) {
             const int64_t bucketStart = static_cast<int64_t>(b) << kBucketShift;
-            while (ends[static_cast<std::size_t>(k)] < bucketStart) ++k;
+            while (ends[static_cast<std::size_t>(k)] < bucketStart)
+                ++k;
             firstEndFrom[b] = static_cast<int32_t>(k);
         }
     }
@@ -48,7 +49,8 @@ void BGLCommandList::processJumpDest() {
                 // The first k from n on whose end reaches `reach`.
                 target = std::max<int64_t>(
                     n, firstEndFrom[static_cast<std::size_t>(reach >> kBucketShift)]);
-                while (ends[static_cast<std::size_t>(target)] < reach) ++target;
+                while (ends[static_cast<std::size_t>(target)] < reach)
+                    ++target;
             }
             CommandSlots::setJump(command, i, static_cast<int32_t>(target));
         }

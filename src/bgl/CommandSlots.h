@@ -28,7 +28,7 @@ struct CommandSlots {
     static int32_t jump(const BGLCommand& command, int index);
     static void setJump(BGLCommand& command, int index, int32_t value);
 
-private:
+  private:
     static const BGLCommand::Slot* findSlot(const BGLCommand& command, int index);
     static BGLCommand::Slot& slotForWriting(BGLCommand& command, int index);
 };

@@ -73,7 +73,9 @@ FileStream::FileStream(const std::string& path, bool writable) : path_(path) {
     std::fseek(file_, 0, SEEK_SET);
 }
 
-FileStream::~FileStream() { if (file_ != nullptr) std::fclose(file_); }
+FileStream::~FileStream() {
+    if (file_ != nullptr) std::fclose(file_);
+}
 
 void FileStream::placeAt(bool forWriting) {
     // A stdio stream needs a seek between reading and writing.
@@ -130,7 +132,9 @@ void FileStream::seek(int64_t offset) {
     positioned_ = false;
 }
 
-int64_t FileStream::length() const { return knownLength_; }
+int64_t FileStream::length() const {
+    return knownLength_;
+}
 
 void FileStream::close() {
     if (file_ == nullptr) return;

@@ -11,7 +11,7 @@ namespace velmora {
 // A byte stream addressed by 0-based offsets. Reads past the end give zero bytes; writes past
 // the end extend the stream.
 class BinaryStream {
-public:
+  public:
     virtual ~BinaryStream() = default;
     // Reads `count` bytes; the bytes beyond the end of the stream come out as zeros.
     virtual void read(void* target, std::size_t count) = 0;
@@ -25,7 +25,7 @@ public:
 // A stream over bytes in memory: a read-only view of the caller's bytes, or an owned buffer.
 // The typed reads and writes of a few bytes take the inline paths readValue and writeValue.
 class MemoryStream final : public BinaryStream {
-public:
+  public:
     MemoryStream() = default;
     explicit MemoryStream(std::string_view view)
         : data_(view.data()), length_(view.size()), viewOnly_(true) {}
@@ -64,7 +64,7 @@ public:
         }
     }
 
-private:
+  private:
     void makeOwned();
     void grow(std::size_t end);
 
@@ -80,7 +80,7 @@ private:
 
 // A stream over a file on disk.
 class FileStream final : public BinaryStream {
-public:
+  public:
     // Opens `path`. With `writable` the file is opened for reading and writing and created
     // empty when it does not exist; otherwise it is opened for reading only.
     FileStream(const std::string& path, bool writable);
@@ -93,7 +93,7 @@ public:
     int64_t length() const override;
     void close() override;
 
-private:
+  private:
     void placeAt(bool forWriting);
 
     std::FILE* file_ = nullptr;

@@ -106,7 +106,8 @@ void replaceFile(const std::string& path, const std::string& bytes) {
                                   std::to_string(counter.fetch_add(1)) + ".tmp";
     std::FILE* file = std::fopen(temporary.c_str(), "wb");
     if (file == nullptr) raiseOpenError(errno, temporary);
-    const bool written = bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
+    const bool written =
+        bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
     int error = errno;
     const bool flushed = std::fflush(file) == 0;
     if (written && !flushed) error = errno;

@@ -32,7 +32,9 @@ OpenStream& openStreamOf(int16_t file) {
     return openStreams[static_cast<std::size_t>(file)];
 }
 
-BinaryStream& streamOf(int16_t file) { return *openStreamOf(file).stream; }
+BinaryStream& streamOf(int16_t file) {
+    return *openStreamOf(file).stream;
+}
 
 void install(int16_t file, std::unique_ptr<BinaryStream> stream, MemoryStream* memory = nullptr) {
     if (file < 1 || file >= kFileNumbers) raisePlatformError(kInvalidProcedureCall);
@@ -73,7 +75,8 @@ template <class T>
 T reversed(T value) {
     unsigned char bytes[sizeof(T)];
     std::memcpy(bytes, &value, sizeof(T));
-    for (std::size_t i = 0; i < sizeof(T) / 2; ++i) std::swap(bytes[i], bytes[sizeof(T) - 1 - i]);
+    for (std::size_t i = 0; i < sizeof(T) / 2; ++i)
+        std::swap(bytes[i], bytes[sizeof(T) - 1 - i]);
     std::memcpy(&value, bytes, sizeof(T));
     return value;
 }
@@ -118,7 +121,9 @@ int32_t filePosition(int16_t file) {
     return static_cast<int32_t>(streamOf(file).offset() + 1);
 }
 
-int64_t fileLength(int16_t file) { return streamOf(file).length(); }
+int64_t fileLength(int16_t file) {
+    return streamOf(file).length();
+}
 
 void seekFile(int16_t file, int32_t position) {
     if (position < 1) raisePlatformError(kInvalidProcedureCall);
@@ -133,15 +138,25 @@ void closeFile(int16_t file) {
     stream->close();
 }
 
-int16_t readInteger(int16_t file) { return readRaw<int16_t>(file); }
+int16_t readInteger(int16_t file) {
+    return readRaw<int16_t>(file);
+}
 
-int32_t readUInteger(int16_t file) { return readRaw<uint16_t>(file); }
+int32_t readUInteger(int16_t file) {
+    return readRaw<uint16_t>(file);
+}
 
-int32_t readLong(int16_t file) { return readRaw<int32_t>(file); }
+int32_t readLong(int16_t file) {
+    return readRaw<int32_t>(file);
+}
 
-float readSingle(int16_t file) { return readRaw<float>(file); }
+float readSingle(int16_t file) {
+    return readRaw<float>(file);
+}
 
-uint8_t readByte(int16_t file) { return readRaw<uint8_t>(file); }
+uint8_t readByte(int16_t file) {
+    return readRaw<uint8_t>(file);
+}
 
 std::string readString(int16_t file, int32_t length) {
     if (length < 0) raisePlatformError(kInvalidProcedureCall);
@@ -190,9 +205,13 @@ void writeString(int16_t file, std::string_view value, int16_t length) {
     }
 }
 
-void writeByte(int16_t file, uint8_t value) { writeRaw<uint8_t>(file, value); }
+void writeByte(int16_t file, uint8_t value) {
+    writeRaw<uint8_t>(file, value);
+}
 
-std::string tempFilePath() { return fs::joinPath(applicationFolder(), "temp.bin"); }
+std::string tempFilePath() {
+    return fs::joinPath(applicationFolder(), "temp.bin");
+}
 
 void openTempFile(int16_t file) {
     const std::string path = tempFilePath();
@@ -200,7 +219,9 @@ void openTempFile(int16_t file) {
     openBinaryFile(file, path);
 }
 
-void reopenTempFile(int16_t file) { openBinaryFile(file, tempFilePath()); }
+void reopenTempFile(int16_t file) {
+    openBinaryFile(file, tempFilePath());
+}
 
 void closeTempFile(int16_t file) {
     if (file > 0) closeFile(file);
@@ -208,32 +229,46 @@ void closeTempFile(int16_t file) {
     if (fs::fileExists(path)) fs::deleteFile(path, true);
 }
 
-int32_t tempFileSize() { return fs::fileSize(tempFilePath()); }
+int32_t tempFileSize() {
+    return fs::fileSize(tempFilePath());
+}
 
-int32_t swapLong(int32_t value) { return reversed(value); }
+int32_t swapLong(int32_t value) {
+    return reversed(value);
+}
 
-int16_t swapInteger(int16_t value) { return reversed(value); }
+int16_t swapInteger(int16_t value) {
+    return reversed(value);
+}
 
 std::string swapSingle(float value) {
     const float swapped = reversed(value);
     return std::string(reinterpret_cast<const char*>(&swapped), sizeof swapped);
 }
 
-double swapDouble(double value) { return reversed(value); }
+double swapDouble(double value) {
+    return reversed(value);
+}
 
 MemoryReader::MemoryReader(std::string_view bytes) : file_(nextFreeFile()) {
     openMemoryReader(file_, bytes);
 }
 
-MemoryReader::~MemoryReader() { closeFile(file_); }
+MemoryReader::~MemoryReader() {
+    closeFile(file_);
+}
 
 MemoryWriter::MemoryWriter(std::size_t expectedBytes) : file_(nextFreeFile()) {
     openMemoryWriter(file_, expectedBytes);
 }
 
-MemoryWriter::~MemoryWriter() { closeFile(file_); }
+MemoryWriter::~MemoryWriter() {
+    closeFile(file_);
+}
 
-std::string MemoryWriter::take() { return takeMemoryBytes(file_); }
+std::string MemoryWriter::take() {
+    return takeMemoryBytes(file_);
+}
 
 ScopedFile::~ScopedFile() {
     try {
@@ -243,6 +278,8 @@ ScopedFile::~ScopedFile() {
     }
 }
 
-void ScopedFile::close() { closeFile(file_); }
+void ScopedFile::close() {
+    closeFile(file_);
+}
 
 }  // namespace velmora::hex

@@ -63,20 +63,20 @@ double swapDouble(double value);
 
 // Opens a byte string for typed reads under a fresh file number and closes it when it goes.
 class MemoryReader {
-public:
+  public:
     explicit MemoryReader(std::string_view bytes);
     ~MemoryReader();
     MemoryReader(const MemoryReader&) = delete;
     MemoryReader& operator=(const MemoryReader&) = delete;
     int16_t file() const { return file_; }
 
-private:
+  private:
     int16_t file_;
 };
 
 // Opens an in-memory stream for typed writes; take() gives the byte string built.
 class MemoryWriter {
-public:
+  public:
     // `expectedBytes` is room taken at once for a content whose size is known (a hint).
     explicit MemoryWriter(std::size_t expectedBytes = 0);
     ~MemoryWriter();
@@ -85,13 +85,13 @@ public:
     int16_t file() const { return file_; }
     std::string take();
 
-private:
+  private:
     int16_t file_;
 };
 
 // Closes a file number on the way out of a scope, also when an error passes.
 class ScopedFile {
-public:
+  public:
     explicit ScopedFile(int16_t file) : file_(file) {}
     ~ScopedFile();
     ScopedFile(const ScopedFile&) = delete;
@@ -100,7 +100,7 @@ public:
     // Closes now, so that an error of the close reaches the caller.
     void close();
 
-private:
+  private:
     int16_t file_;
 };
 

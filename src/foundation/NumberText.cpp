@@ -12,32 +12,41 @@ namespace velmora::numbers {
 
 namespace {
 
-bool isBlank(char c) { return c == ' ' || c == '\t'; }
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
+bool isBlank(char c) {
+    return c == ' ' || c == '\t';
+}
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
 
 // Checks the shape of a number and gives the part that from_chars can read
 // (without a leading '+').
 bool numberShape(std::string_view text, std::string_view& body) {
     std::size_t begin = 0;
     std::size_t end = text.size();
-    while (begin < end && isBlank(text[begin])) ++begin;
-    while (end > begin && isBlank(text[end - 1])) --end;
+    while (begin < end && isBlank(text[begin]))
+        ++begin;
+    while (end > begin && isBlank(text[end - 1]))
+        --end;
     std::string_view t = text.substr(begin, end - begin);
     std::size_t i = 0;
     if (i < t.size() && (t[i] == '+' || t[i] == '-')) ++i;
     const std::size_t mantissaStart = i;
     std::size_t digits = 0;
-    while (i < t.size() && isDigit(t[i])) ++i, ++digits;
+    while (i < t.size() && isDigit(t[i]))
+        ++i, ++digits;
     if (i < t.size() && t[i] == '.') {
         ++i;
-        while (i < t.size() && isDigit(t[i])) ++i, ++digits;
+        while (i < t.size() && isDigit(t[i]))
+            ++i, ++digits;
     }
     if (digits == 0) return false;
     if (i < t.size() && (t[i] == 'e' || t[i] == 'E')) {
         ++i;
         if (i < t.size() && (t[i] == '+' || t[i] == '-')) ++i;
         std::size_t exponentDigits = 0;
-        while (i < t.size() && isDigit(t[i])) ++i, ++exponentDigits;
+        while (i < t.size() && isDigit(t[i]))
+            ++i, ++exponentDigits;
         if (exponentDigits == 0) return false;
     }
     if (i != t.size()) return false;
@@ -57,17 +66,20 @@ long decimalMagnitude(std::string_view body) {
             negative = digits[0] == '-';
             digits.remove_prefix(1);
         }
-        for (char c : digits) exponent = std::min(exponent * 10 + (c - '0'), 100000L);
+        for (char c : digits)
+            exponent = std::min(exponent * 10 + (c - '0'), 100000L);
         if (negative) exponent = -exponent;
         body = body.substr(0, e);
     }
     const auto point = body.find('.');
-    const long integerDigits = static_cast<long>(point == std::string_view::npos ? body.size() : point);
+    const long integerDigits =
+        static_cast<long>(point == std::string_view::npos ? body.size() : point);
     long position = 0;
     for (std::size_t i = 0; i < body.size(); ++i) {
         if (body[i] == '.' || body[i] == '-' || body[i] == '0') continue;
-        position = (static_cast<long>(i) < integerDigits) ? integerDigits - static_cast<long>(i)
-                                                         : integerDigits - static_cast<long>(i) + 1;
+        position = (static_cast<long>(i) < integerDigits)
+                       ? integerDigits - static_cast<long>(i)
+                       : integerDigits - static_cast<long>(i) + 1;
         break;
     }
     return position + exponent;
@@ -122,9 +134,15 @@ Target roundInto(double value) {
 
 }  // namespace
 
-int16_t toInt16(double value) { return roundInto<int16_t>(value); }
-int32_t toInt32(double value) { return roundInto<int32_t>(value); }
-uint8_t toByte(double value) { return roundInto<uint8_t>(value); }
+int16_t toInt16(double value) {
+    return roundInto<int16_t>(value);
+}
+int32_t toInt32(double value) {
+    return roundInto<int32_t>(value);
+}
+uint8_t toByte(double value) {
+    return roundInto<uint8_t>(value);
+}
 
 float toSingle(double value) {
     if (std::isfinite(value) && std::fabs(value) > std::numeric_limits<float>::max()) {
@@ -134,14 +152,16 @@ float toSingle(double value) {
 }
 
 int16_t narrow16(int64_t value) {
-    if (value < std::numeric_limits<int16_t>::min() || value > std::numeric_limits<int16_t>::max()) {
+    if (value < std::numeric_limits<int16_t>::min() ||
+        value > std::numeric_limits<int16_t>::max()) {
         raisePlatformError(kOverflow);
     }
     return static_cast<int16_t>(value);
 }
 
 int32_t narrow32(int64_t value) {
-    if (value < std::numeric_limits<int32_t>::min() || value > std::numeric_limits<int32_t>::max()) {
+    if (value < std::numeric_limits<int32_t>::min() ||
+        value > std::numeric_limits<int32_t>::max()) {
         raisePlatformError(kOverflow);
     }
     return static_cast<int32_t>(value);
@@ -159,7 +179,9 @@ int32_t textToInt32(std::string_view text) {
     return toInt32(parseNumber(text));
 }
 
-float textToSingle(std::string_view text) { return toSingle(parseNumber(text)); }
+float textToSingle(std::string_view text) {
+    return toSingle(parseNumber(text));
+}
 
 std::string formatInteger(int64_t value) {
     char buffer[24];

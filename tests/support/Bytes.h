@@ -16,7 +16,8 @@ inline std::string le16(int32_t value) {
 inline std::string le32(int64_t value) {
     const auto v = static_cast<uint32_t>(value);
     std::string out(4, '\0');
-    for (int i = 0; i < 4; ++i) out[static_cast<std::size_t>(i)] = static_cast<char>((v >> (8 * i)) & 0xFF);
+    for (int i = 0; i < 4; ++i)
+        out[static_cast<std::size_t>(i)] = static_cast<char>((v >> (8 * i)) & 0xFF);
     return out;
 }
 
@@ -28,7 +29,8 @@ inline std::string f32(float value) {
 
 inline std::string bytes(std::initializer_list<int> values) {
     std::string out;
-    for (int v : values) out.push_back(static_cast<char>(v));
+    for (int v : values)
+        out.push_back(static_cast<char>(v));
     return out;
 }
 

@@ -16,17 +16,17 @@ inline ::testing::AssertionResult throwsError(const std::function<void()>& actio
         action();
     } catch (const velmora::Error& e) {
         if (e.number() != number) {
-            return ::testing::AssertionFailure() << "error " << e.number() << " (" << e.source()
-                                                 << ": " << e.description() << "), expected "
-                                                 << number;
+            return ::testing::AssertionFailure()
+                   << "error " << e.number() << " (" << e.source() << ": " << e.description()
+                   << "), expected " << number;
         }
         if (!source.empty() && e.source() != source) {
-            return ::testing::AssertionFailure() << "source '" << e.source() << "', expected '"
-                                                 << source << "'";
+            return ::testing::AssertionFailure()
+                   << "source '" << e.source() << "', expected '" << source << "'";
         }
         if (!description.empty() && e.description() != description) {
-            return ::testing::AssertionFailure() << "description '" << e.description()
-                                                 << "', expected '" << description << "'";
+            return ::testing::AssertionFailure()
+                   << "description '" << e.description() << "', expected '" << description << "'";
         }
         return ::testing::AssertionSuccess();
     } catch (const std::exception& e) {
