@@ -19,14 +19,6 @@ namespace {
 constexpr int kModels = 500;
 constexpr int kModelsPerSubSection = 50;
 
-std::string le32(int64_t value) {
-    const auto v = static_cast<uint32_t>(value);
-    std::string out(4, '\0');
-    for (std::size_t i = 0; i < 4; ++i)
-        out[i] = static_cast<char>(v >> (8 * i));
-    return out;
-}
-
 // One mdl section of ten subsections of fifty models each.
 class CompiledFile {
   public:

@@ -13,6 +13,14 @@
 
 namespace velmora::bench {
 
+std::string le32(int64_t value) {
+    const auto v = static_cast<uint32_t>(value);
+    std::string out(4, '\0');
+    for (std::size_t i = 0; i < 4; ++i)
+        out[i] = static_cast<char>(v >> (8 * i));
+    return out;
+}
+
 namespace {
 
 std::shared_ptr<BGLCommand> addCommand(BGLCommandList& list, BGLOpcode opcode,
@@ -24,14 +32,6 @@ std::shared_ptr<BGLCommand> addCommand(BGLCommandList& list, BGLOpcode opcode,
         command->param(slot++, std::to_string(value));
     list.Add(command);
     return command;
-}
-
-std::string le32(int64_t value) {
-    const auto v = static_cast<uint32_t>(value);
-    std::string out(4, '\0');
-    for (std::size_t i = 0; i < 4; ++i)
-        out[i] = static_cast<char>(v >> (8 * i));
-    return out;
 }
 
 std::string section(const std::string& tag, const std::string& payload) {

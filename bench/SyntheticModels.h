@@ -15,6 +15,9 @@
 
 namespace velmora::bench {
 
+// A 32-bit little-endian value as four bytes.
+std::string le32(int64_t value);
+
 struct ModelShape {
     int commands = 60000;  // about; the stream stops at the first unit that reaches it
     int vertices = 65535;
