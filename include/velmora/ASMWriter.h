@@ -8,6 +8,7 @@ namespace velmora {
 
 class TextureList;
 class BGLCommandList;
+class OutputFile;
 
 // Writes a model's textures and command stream as a BGLC-style listing, for reading and
 // debugging. Lines end in CR LF.
@@ -24,8 +25,7 @@ class ASMWriter {
     void closeASM();
 
   private:
-    int16_t asmFile_ = -1;
-    bool fileOpen_ = false;  // asmFile_ keeps its number after closeASM
+    std::unique_ptr<OutputFile> file_;  // open from createASM to closeASM
 };
 
 }  // namespace velmora

@@ -1,8 +1,6 @@
 #pragma once
 
 #include <velmora/BGLCommand.h>
-#include <velmora/BGLOpcodeDictionary.h>
-#include <velmora/IndexKey.h>
 #include <velmora/KeyedCollection.h>
 #include <velmora/seasonalTextures.h>
 
@@ -16,21 +14,8 @@ class ConditionList;
 
 // The decoded BGL command stream: commands in stream order, 1-based. Jumps are held as list
 // positions (`jumpDest`); byte offsets are worked out anew when the list is encoded.
-class BGLCommandList {
+class BGLCommandList : public KeyedList<BGLCommand, true> {
   public:
-    using const_iterator = KeyedCollection<BGLCommand>::const_iterator;
-
-    BGLCommandList();
-    ~BGLCommandList();
-
-    std::shared_ptr<BGLCommand> Add(std::shared_ptr<BGLCommand> sBGLCommand = nullptr,
-                                    const std::string& sKey = "", IndexKey bfrIndexKey = "");
-    std::shared_ptr<BGLCommand> Item(IndexKey vntIndexKey) const;
-    int32_t Count() const;
-    void Remove(IndexKey vntIndexKey);
-    const_iterator begin() const;
-    const_iterator end() const;
-
     // Decodes a "BGL " section and appends its commands, then resolves every jump.
     void readList(const std::string& data);
     // Works out every jump offset anew (updateJumpSize) and encodes the list.
@@ -48,14 +33,11 @@ class BGLCommandList {
     void addSeasonalTextures(const seasonalTextures& sList);
 
     // The commands for the library's own loops.
-    const KeyedCollection<BGLCommand>& commands() const { return commands_; }
-    KeyedCollection<BGLCommand>& commands() { return commands_; }
+    const KeyedCollection<BGLCommand>& commands() const { return items_; }
+    KeyedCollection<BGLCommand>& commands() { return items_; }
 
   private:
     int16_t findSeasonalBlock(int16_t texture, bool backwards, int32_t startAt) const;
-
-    KeyedCollection<BGLCommand> commands_;
-    BGLOpcodeDictionary dictionary_;
 };
 
 }  // namespace velmora

@@ -8,6 +8,8 @@
 
 namespace velmora {
 
+class ByteReader;
+
 // Finds the models of an XML-style compiled BGL file and loads each as an MDLObject.
 class BGLObject {
   public:
@@ -24,7 +26,8 @@ class BGLObject {
   private:
     // The sections from `firstOfThisFile` on share one budget of model bytes; earlier ones, read
     // from another file by an earlier scan, each have their own.
-    void fillModels(int16_t file, int32_t firstOfThisFile = 1);
+    void scan(ByteReader& in);
+    void fillModels(ByteReader& in, int32_t firstOfThisFile);
 
     std::shared_ptr<velmora::ModelList> modelList_;
     std::shared_ptr<XMLBGLSectionList> sections_;

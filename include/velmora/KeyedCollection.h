@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace velmora {
@@ -148,6 +149,41 @@ class KeyedCollection {
     std::vector<Element> items_;
     std::vector<std::string> keys_;  // parallel to items_ once any element has a key
     std::unordered_map<std::string, Element> byKey_;
+};
+
+// What the seven list classes share: Add, Item, Count, Remove and iteration in position order,
+// over a KeyedCollection. A list whose Add can place the new element in front of another
+// (`Placed`) takes that element as Add's third argument.
+template <class T, bool Placed = false>
+class KeyedList {
+  public:
+    using const_iterator = typename KeyedCollection<T>::const_iterator;
+
+    std::shared_ptr<T> Add(std::shared_ptr<T> element = nullptr,
+                           const std::string& sKey = "") requires(!Placed) {
+        return items_.Add(std::move(element), sKey, IndexKey());
+    }
+    std::shared_ptr<T> Add(std::shared_ptr<T> element = nullptr, const std::string& sKey = "",
+                           IndexKey bfrIndexKey = "") requires(Placed) {
+        return items_.Add(std::move(element), sKey, bfrIndexKey);
+    }
+    std::shared_ptr<T> Item(IndexKey vntIndexKey) const { return items_.Item(vntIndexKey); }
+    int32_t Count() const { return items_.Count(); }
+    void Remove(IndexKey vntIndexKey) { items_.Remove(vntIndexKey); }
+    const_iterator begin() const { return items_.begin(); }
+    const_iterator end() const { return items_.end(); }
+
+    // The elements for the library's own loops.
+    const KeyedCollection<T>& elements() const { return items_; }
+
+  protected:
+    KeyedList() = default;
+    KeyedList(const KeyedList&) = default;
+    KeyedList& operator=(const KeyedList&) = default;
+    // Lists are emptied from the last element to the first, so that no removal moves another.
+    ~KeyedList() { items_.clear(); }
+
+    KeyedCollection<T> items_;
 };
 
 }  // namespace velmora

@@ -43,7 +43,6 @@ struct RIFFSection {
 class MDLObject {
   public:
     MDLObject();
-    ~MDLObject();
     MDLObject(const MDLObject&) = delete;
     MDLObject& operator=(const MDLObject&) = delete;
 
@@ -116,13 +115,15 @@ class MDLObject {
 
   private:
     void requireLoaded() const;
+    void writeModelFile(const std::string& file);
+    void writeOpenFlight(const std::string& f, const std::string& texFormat, bool saveATTR,
+                         float extraRotation);
 
     std::array<RIFFSection, 20> sectionTable_;
     std::shared_ptr<velmora::MaterialList> materialList_;
     std::shared_ptr<velmora::TextureList> textureList_;
     std::shared_ptr<velmora::VertexList> vertexList_;
     std::shared_ptr<velmora::BGLCommandList> commandList_;
-    BGLOpcodeDictionary opcodeDictionary_;
     std::shared_ptr<velmora::BoundingBox> boundingBox_;
     std::shared_ptr<velmora::MDLHeader> header_;
     bool loaded_ = false;

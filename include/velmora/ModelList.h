@@ -1,30 +1,19 @@
 #pragma once
 
-#include <velmora/IndexKey.h>
 #include <velmora/KeyedCollection.h>
 #include <velmora/MDLObject.h>
 
-#include <cstdint>
 #include <memory>
 #include <string>
 
 namespace velmora {
 
 // The models found in a compiled scenery file.
-class ModelList {
+class ModelList : public KeyedList<MDLObject> {
   public:
-    using const_iterator = KeyedCollection<MDLObject>::const_iterator;
-
+    // The model is required: the list never makes an empty model of its own (error 91).
     std::shared_ptr<MDLObject> Add(std::shared_ptr<MDLObject> sMDLObject,
                                    const std::string& sKey = "");
-    std::shared_ptr<MDLObject> Item(IndexKey vntIndexKey) const;
-    int32_t Count() const;
-    void Remove(IndexKey vntIndexKey);
-    const_iterator begin() const;
-    const_iterator end() const;
-
-  private:
-    KeyedCollection<MDLObject> items_;
 };
 
 }  // namespace velmora

@@ -9,6 +9,8 @@ namespace velmora {
 class VertexList;
 class MaterialList;
 class TextureList;
+class OutputFile;
+class ByteWriter;
 
 // A record-level writer of OpenFlight databases, format revision 16.0, big-endian.
 // The caller gives the order of the records and pairs each push with its pop.
@@ -45,7 +47,10 @@ class OpenFlightWriter {
     void writeLongID(const std::string& name);
 
   private:
-    int16_t dbFile_ = 0;
+    // The database's writer; error 5 when no database is open.
+    ByteWriter& db();
+
+    std::unique_ptr<OutputFile> db_;  // open from createDB to closeDB
     std::string dbFolder_;
 };
 

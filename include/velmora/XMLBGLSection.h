@@ -8,6 +8,7 @@ namespace velmora {
 class XMLBGLSectionList;
 class ModelList;
 class BGLObject;
+class ByteReader;
 namespace detail {
 struct ScanBudget;
 }
@@ -43,6 +44,7 @@ class XMLBGLSection {
     int32_t headerSize() const { return headerSize_; }
     void headerSize(int32_t value) { headerSize_ = value; }
 
+    // The file-number members read through the same readers as a scan does.
     void readFromFile(int16_t file);
     void readSubSections(int16_t file);
     void fillModelList(const std::shared_ptr<ModelList>& m, int16_t file);
@@ -51,9 +53,10 @@ class XMLBGLSection {
 
   private:
     friend class BGLObject;
+    void readRecord(ByteReader& in);
+    void readSubSections(ByteReader& in);
     // Fills the list within what the earlier sections of the same file have left of `budget`.
-    void fillModelList(const std::shared_ptr<ModelList>& m, int16_t file,
-                       detail::ScanBudget& budget);
+    void fillModelList(ModelList& m, ByteReader& in, detail::ScanBudget& budget);
 
     XMLBGLSectionType sectionType_ = static_cast<XMLBGLSectionType>(0);
     int32_t numSubSection_ = 0;

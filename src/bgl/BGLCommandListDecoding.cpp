@@ -2,8 +2,8 @@
 
 #include "bgl/CommandSlots.h"
 #include "bgl/CommandStream.h"
+#include "foundation/ByteReader.h"
 #include "foundation/Errors.h"
-#include "foundation/HexFunctions.h"
 #include "foundation/Host.h"
 #include "foundation/NumberText.h"
 
@@ -35,7 +35,12 @@ ListShape listShape(int32_t headerOpcode) {
 
 // Items behind a list header: the third header word over the indices per item, halves to even.
 int16_t itemCount(int32_t indexCount, const ListShape& shape) {
-    return numbers::toInt16(static_cast<double>(indexCount) / shape.divisor);
+    const double items = numbers::roundHalfEven(static_cast<double>(indexCount) / shape.divisor);
+    if (items > 32767) {
+        raisePlatformError(kOverflow, "the list claims " + numbers::formatGrouped(indexCount) +
+                                          " indices, more than 32,767 items");
+    }
+    return static_cast<int16_t>(items);
 }
 
 // Hands out decoded commands from large blocks, so that a decode costs a few allocations
@@ -61,121 +66,135 @@ class CommandBlocks {
     std::size_t used_ = 0;
 };
 
-void skipBytes(int16_t file, int64_t count) {
-    hex::seekFile(file, static_cast<int32_t>(hex::filePosition(file) + count));
-}
-
 // The number of commands a decode of `data` makes, up to the first command it refuses. Walks
 // the stream the way the decoder does, without building anything.
 std::size_t countCommands(std::string_view data) {
     const int64_t size = static_cast<int64_t>(data.size());
-    hex::MemoryReader reader(data);
-    const int16_t file = reader.file();
+    ByteReader in(data);
     std::size_t total = 0;
     int64_t consumed = 0;
     while (consumed < size) {
-        const int16_t opcode = hex::readInteger(file);
+        const int16_t opcode = in.int16();
         if (isListHeader(opcode)) {
             const ListShape shape = listShape(opcode);
-            skipBytes(file, 4);
-            const double count = numbers::roundHalfEven(
-                static_cast<double>(hex::readUInteger(file)) / shape.divisor);
+            in.skip(4);
+            const double count =
+                numbers::roundHalfEven(static_cast<double>(in.uint16()) / shape.divisor);
             if (count > 32767) break;
             const auto items = static_cast<int64_t>(count);
             total += static_cast<std::size_t>(1 + items);
             consumed += 8 + items * shape.itemBytes;
-            skipBytes(file, items * shape.itemBytes);
+            in.skip(items * shape.itemBytes);
             continue;
         }
         const BGLCommandDictEntry* row = BGLOpcodeDictionary::row(opcode);
         if (row == nullptr || row->length <= 0) break;
         total += 1;
         consumed += row->length;
-        skipBytes(file, detail::parameterBytes(*row));
+        in.skip(detail::parameterBytes(*row));
     }
     return total;
 }
 
-void readParameters(int16_t file, const BGLCommandDictEntry& row, BGLCommand& command) {
+void readParameters(ByteReader& in, const BGLCommandDictEntry& row, BGLCommand& command) {
     for (int i = 0; i < row.numParam; ++i) {
         const auto slot = static_cast<std::size_t>(i);
         switch (row.paramType[slot]) {
             case pByte:
-                CommandSlots::setInteger(command, i, hex::readByte(file));
+                CommandSlots::setInteger(command, i, in.byte());
                 break;
             case pInteger:
-                CommandSlots::setInteger(command, i, hex::readInteger(file));
+                CommandSlots::setInteger(command, i, in.int16());
                 break;
             case pLong:
-                CommandSlots::setInteger(command, i, hex::readLong(file));
+                CommandSlots::setInteger(command, i, in.int32());
                 break;
             case pSingle:
-                CommandSlots::setSingle(command, i, hex::readSingle(file));
+                CommandSlots::setSingle(command, i, in.single());
                 break;
             case pString:
-                CommandSlots::setText(command, i, hex::readString(file, row.strLength[slot]));
+                CommandSlots::setText(command, i, in.text(row.strLength[slot]));
                 break;
             case pUInteger:
-                CommandSlots::setInteger(command, i, hex::readUInteger(file));
+                CommandSlots::setInteger(command, i, in.uint16());
                 break;
         }
     }
+}
+
+std::string opcodeWord(int16_t opcode) {
+    static const char* digits = "0123456789ABCDEF";
+    const auto word = static_cast<uint16_t>(opcode);
+    std::string text = "0x";
+    for (int shift = 12; shift >= 0; shift -= 4)
+        text.push_back(digits[(word >> shift) & 15]);
+    return text;
 }
 
 }  // namespace
 
 void BGLCommandList::readList(const std::string& data) {
-    {
-        const int64_t size = static_cast<int64_t>(data.size());
-        const std::size_t expected = countCommands(data);
-        CommandBlocks blocks(expected);
-        commands_.reserve(commands_.elements().size() + expected);
-        hex::MemoryReader reader(data);
-        const int16_t file = reader.file();
-        int64_t consumed = 0;
+    const int64_t size = static_cast<int64_t>(data.size());
+    const std::size_t expected = countCommands(data);
+    CommandBlocks blocks(expected);
+    items_.reserve(items_.elements().size() + expected);
+    ByteReader in(data);
+    int64_t consumed = 0;
+    int64_t commandOffset = 0;  // where the command being decoded starts, for errors
+    try {
         while (consumed < size) {
             yieldToHost();
-            const int16_t opcode = hex::readInteger(file);
+            commandOffset = in.offset();
+            const int16_t opcode = in.int16();
             if (isListHeader(opcode)) {
                 const ListShape shape = listShape(opcode);
                 auto header = blocks.next();
                 header->opcode(static_cast<BGLOpcode>(opcode));
                 // Both list shapes hold their words unsigned, whatever their row says.
-                for (int i = 0; i < 3; ++i) {
-                    CommandSlots::setInteger(*header, i, hex::readUInteger(file));
-                }
+                for (int i = 0; i < 3; ++i)
+                    CommandSlots::setInteger(*header, i, in.uint16());
                 int32_t indexCount = 0;
                 CommandSlots::integer(*header, 2, indexCount);
                 const int16_t count = itemCount(indexCount, shape);
                 consumed += 8;
-                commands_.append(std::move(header));
+                items_.append(std::move(header));
                 const int itemWords = shape.divisor;
                 for (int16_t item = 0; item < count; ++item) {
                     yieldToHost();
+                    commandOffset = in.offset();
                     auto command = blocks.next();
                     command->opcode(shape.itemOpcode);
-                    for (int i = 0; i < itemWords; ++i) {
-                        CommandSlots::setInteger(*command, i, hex::readUInteger(file));
-                    }
+                    for (int i = 0; i < itemWords; ++i)
+                        CommandSlots::setInteger(*command, i, in.uint16());
                     consumed += shape.itemBytes;
-                    commands_.append(std::move(command));
+                    items_.append(std::move(command));
                 }
                 continue;
             }
             const BGLCommandDictEntry* row = BGLOpcodeDictionary::row(opcode);
-            if (row == nullptr) raisePlatformError(kSubscriptOutOfRange);
+            if (row == nullptr) {
+                raisePlatformError(kSubscriptOutOfRange,
+                                   "the opcode word " + opcodeWord(opcode) +
+                                       " lies outside the opcode table (0 to 260)");
+            }
             if (row->length <= 0) {
-                raiseLibraryError("Velmora.BGLCommandList",
-                                  "Unrecognised BGL Opcode: " + numbers::formatInteger(opcode));
+                Error error(100, "Velmora.BGLCommandList",
+                            "Unrecognised BGL Opcode: " + numbers::formatInteger(opcode));
+                error.setDetail("opcode " + numbers::formatInteger(opcode) + " (" +
+                                opcodeWord(opcode) + ") has no entry in the opcode table");
+                throw error;
             }
             auto command = blocks.next();
             command->opcode(static_cast<BGLOpcode>(opcode));
-            readParameters(file, *row, *command);
+            readParameters(in, *row, *command);
             // A stream word 256 or 257 reads its opcode word too, while the count follows the
             // row's length, which has none.
             consumed += row->length;
-            commands_.append(std::move(command));
+            items_.append(std::move(command));
         }
+    } catch (Error& error) {
+        error.setCommand(Count() + 1).setOffset(commandOffset);
+        throw;
     }
     processJumpDest();
 }

@@ -18,7 +18,7 @@ void BGLCommandList::processParent() {
     int32_t n = 0;
     int32_t triangleHeader = 0;
     int32_t lineHeader = 0;
-    for (const auto& element : commands_.elements()) {
+    for (const auto& element : items_.elements()) {
         ++n;
         switch (element->opcode()) {
             case DRAW_TRI_LIST_BEGIN:
@@ -79,23 +79,23 @@ void BGLCommandList::updateMaterial(int16_t position, bool Remove) {
     std::vector<int32_t> removedPositions;
     try {
         for (int32_t i = 1; i <= last && i <= count; ++i) {
-            BGLCommand& command = *commands_.at0(static_cast<std::size_t>(i - 1));
+            BGLCommand& command = *items_.at0(static_cast<std::size_t>(i - 1));
             if (command.opcode() != SET_MATERIAL) continue;
             const double texture = CommandSlots::number(command, 1);
             if (texture >= position) {
                 storeTextureNumber(command, Remove ? texture - 1 : texture + 1);
             } else if (Remove && texture == position - 1) {
                 removedPositions.push_back(i + static_cast<int32_t>(removedPositions.size()));
-                commands_.eraseAt(static_cast<std::size_t>(i - 1));
+                items_.eraseAt(static_cast<std::size_t>(i - 1));
                 --count;
                 // The walk goes on with i + 1: the command that moved into place i is passed over.
             }
         }
     } catch (...) {
-        lowerJumpsPastRemovals(commands_, removedPositions);
+        lowerJumpsPastRemovals(items_, removedPositions);
         throw;
     }
-    lowerJumpsPastRemovals(commands_, removedPositions);
+    lowerJumpsPastRemovals(items_, removedPositions);
 }
 
 }  // namespace velmora

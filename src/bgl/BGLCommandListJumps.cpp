@@ -18,8 +18,8 @@ using detail::CommandSlots;
 // command in front. The whole list is measured once and indexed by byte position, so each jump
 // is a lookup and a step or two: the pass stays linear in the list.
 void BGLCommandList::processJumpDest() {
-    const auto& elements = commands_.elements();
-    const std::vector<int64_t> ends = detail::commandEnds(commands_);
+    const auto& elements = items_.elements();
+    const std::vector<int64_t> ends = detail::commandEnds(items_);
     const auto count = static_cast<int64_t>(elements.size());
     // firstEndFrom[b]: the first k whose ends[k] reaches byte b * 16.
     constexpr int kBucketShift = 4;
@@ -45,7 +45,12 @@ void BGLCommandList::processJumpDest() {
             if (offset > -2) {
                 const int64_t reach = ends[static_cast<std::size_t>(n - 1)] + offset + 2;
                 // Running off the list is the failed lookup of command Count + 1.
-                if (reach > total) raisePlatformError(kSubscriptOutOfRange);
+                if (reach > total) {
+                    throw platformError(kSubscriptOutOfRange)
+                        .setCommand(static_cast<int32_t>(n))
+                        .setDetail("its jump of " + numbers::formatGrouped(offset) +
+                                   " bytes leads past the end of the stream");
+                }
                 // The first k from n on whose end reaches `reach`.
                 target = std::max<int64_t>(
                     n, firstEndFrom[static_cast<std::size_t>(reach >> kBucketShift)]);
@@ -60,8 +65,8 @@ void BGLCommandList::processJumpDest() {
 // A target behind the jumping command gives the sizes of the commands from the jumping one up
 // to the target; a target at or before it gives 0.
 void BGLCommandList::updateJumpSize() {
-    const auto& elements = commands_.elements();
-    const std::vector<int64_t> ends = detail::commandEnds(commands_);
+    const auto& elements = items_.elements();
+    const std::vector<int64_t> ends = detail::commandEnds(items_);
     const auto count = static_cast<int64_t>(elements.size());
     for (int64_t n = 1; n <= count; ++n) {
         BGLCommand& command = *elements[static_cast<std::size_t>(n - 1)];
@@ -82,7 +87,7 @@ void BGLCommandList::updateJumpSize() {
 
 void BGLCommandList::updateJumpDest(int16_t position, bool Remove) {
     const int32_t step = Remove ? -1 : 1;
-    for (const auto& element : commands_.elements()) {
+    for (const auto& element : items_.elements()) {
         BGLCommand& command = *element;
         const BGLCommandDictEntry& row = detail::rowOfOpcode(command.opcode());
         for (int i = 0; i < row.numParam; ++i) {

@@ -51,7 +51,7 @@ int16_t findSeasonalBlock(const KeyedCollection<BGLCommand>& commands, int16_t t
 namespace velmora {
 
 int16_t BGLCommandList::findSeasonalBlock(int16_t texture, bool backwards, int32_t startAt) const {
-    return detail::findSeasonalBlock(commands_, texture, backwards, startAt);
+    return detail::findSeasonalBlock(items_, texture, backwards, startAt);
 }
 
 }  // namespace velmora

@@ -38,6 +38,13 @@ std::shared_ptr<ConditionList> BGLCommandList::getConditions(int32_t position) c
     // list without one runs off its end (error 9 from the lookup).
     int16_t i = 1;
     for (;; i = numbers::narrow16(int32_t{i} + 1)) {
+        if (i > Count()) {
+            throw platformError(kSubscriptOutOfRange)
+                .setCommand(i)
+                .setDetail(
+                    "no BGL_CALL_32 or SPRITE_VICALL ends the conditions at the head of "
+                    "the stream");
+        }
         const std::shared_ptr<BGLCommand> command = Item(i);
         const BGLOpcode opcode = command->opcode();
         if (opcode == BGL_CALL_32) break;

@@ -1,6 +1,6 @@
 #include <velmora/MDLObject.h>
 
-#include "foundation/HexFunctions.h"
+#include "foundation/ByteWriter.h"
 #include "foundation/NumberText.h"
 #include "model/SectionIndex.h"
 
@@ -11,13 +11,12 @@ namespace {
 // A "SHAD" section that draws nothing: an inner "BGL " section whose length field is 0,
 // followed by BGL_END and BGL_RETURN.
 std::string killShadowBytes() {
-    hex::MemoryWriter writer;
-    const int16_t file = writer.file();
-    hex::writeString(file, "BGL ", 0);
-    hex::writeLong(file, 0);
-    hex::writeInteger(file, static_cast<int16_t>(BGL_END));
-    hex::writeInteger(file, static_cast<int16_t>(BGL_RETURN));
-    return writer.take();
+    ByteWriter out(12);
+    out.bytes("BGL ");
+    out.int32(0);
+    out.int16(static_cast<int16_t>(BGL_END));
+    out.int16(static_cast<int16_t>(BGL_RETURN));
+    return out.take();
 }
 
 // The section sizes can only be worked out for a model that has been loaded; on any other the

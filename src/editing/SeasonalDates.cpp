@@ -12,37 +12,60 @@ constexpr int32_t kDayVariable = 906;
 constexpr int16_t kNoDate = -1;
 constexpr int16_t kAfterEveryDay = 400;
 
+using detail::CommandSlots;
+
+// What the command at `i` says of the seasons of group `parent`.
+void readSeasonOf(const KeyedCollection<BGLCommand>& commands, const TextureList& textures,
+                  int32_t i, int16_t parent, seasonalTextures& seasons) {
+    const BGLCommand& command = *commands.at0(static_cast<std::size_t>(i - 1));
+    if (command.opcode() != SET_MATERIAL) return;
+    const double number = CommandSlots::number(command, 1);
+    if (number == -1) return;
+    const int32_t position = numbers::toInt32(number + 1);
+    if (position < 1 || position > textures.Count()) {
+        throw platformError(kSubscriptOutOfRange)
+            .setTexture(position)
+            .setDetail("SET_MATERIAL names texture " + numbers::formatGrouped(position - 1) +
+                       ", but the model has " + numbers::formatGrouped(textures.Count()));
+    }
+    const texture& entry = *textures.elements().at0(static_cast<std::size_t>(position - 1));
+    if (entry.parent() != parent) return;
+    const int32_t variant = entry.textureVariant();
+    if (variant < summer || variant > spring) {
+        throw platformError(kSubscriptOutOfRange)
+            .setTexture(position)
+            .setDetail("the texture's season " + numbers::formatInteger(variant) +
+                       " is none of 0 to 4");
+    }
+    const auto v = static_cast<std::size_t>(variant);
+    seasons.active[v] = true;
+    // The date test, when there is one, stands directly in front of its SET_MATERIAL.
+    const std::shared_ptr<BGLCommand> before = commands.Item(i - 1);
+    if (before->opcode() == IFIN1 && CommandSlots::equalsInteger(*before, 1, kDayVariable)) {
+        seasons.dayStart[v] = numbers::textToInt16(before->param(2));
+        seasons.dayEnd[v] = numbers::textToInt16(before->param(3));
+    } else {
+        seasons.dayStart[v] = kNoDate;
+        seasons.dayEnd[v] = kNoDate;
+    }
+}
+
 }  // namespace
 
 seasonalTextures MDLObject::readSeasonalDates(int16_t parent) const {
     if (!commandList_ || !textureList_) raisePlatformError(kObjectNotSet);
-    using detail::CommandSlots;
     const KeyedCollection<BGLCommand>& commands = commandList_->commands();
     const velmora::TextureList& textures = *textureList_;
 
     seasonalTextures seasons;
     // The commands are walked with a 16-bit index.
     const int16_t count = numbers::narrow16(commands.Count());
-    for (int32_t i = 1; i <= count; ++i) {
-        const BGLCommand& command = *commands.at0(static_cast<std::size_t>(i - 1));
-        if (command.opcode() != SET_MATERIAL) continue;
-        const double number = CommandSlots::number(command, 1);
-        if (number == -1) continue;
-        const std::shared_ptr<texture> entry = textures.Item(numbers::toInt32(number + 1));
-        if (entry->parent() != parent) continue;
-        const int32_t variant = entry->textureVariant();
-        if (variant < summer || variant > spring) raisePlatformError(kSubscriptOutOfRange);
-        const auto v = static_cast<std::size_t>(variant);
-        seasons.active[v] = true;
-        // The date test, when there is one, stands directly in front of its SET_MATERIAL.
-        const std::shared_ptr<BGLCommand> before = commands.Item(i - 1);
-        if (before->opcode() == IFIN1 && CommandSlots::equalsInteger(*before, 1, kDayVariable)) {
-            seasons.dayStart[v] = numbers::textToInt16(before->param(2));
-            seasons.dayEnd[v] = numbers::textToInt16(before->param(3));
-        } else {
-            seasons.dayStart[v] = kNoDate;
-            seasons.dayEnd[v] = kNoDate;
-        }
+    int32_t i = 1;
+    try {
+        for (; i <= count; ++i)
+            readSeasonOf(commands, textures, i, parent, seasons);
+    } catch (Error& error) {
+        throw error.setCommand(i);
     }
 
     int16_t earliest = kAfterEveryDay;

@@ -113,7 +113,7 @@ void BGLCommandList::addSeasonalTextures(const seasonalTextures& sList) {
         // The runs replaced before the failing search stay replaced.
         failure = std::current_exception();
     }
-    editing::applyListEdit(commands_, edit);
+    editing::applyListEdit(items_, edit);
     if (failure) std::rethrow_exception(failure);
 }
 

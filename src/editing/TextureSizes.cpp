@@ -42,47 +42,57 @@ void MDLObject::updateTextureSize() {
 
     int16_t currentParent = 0;
     int16_t baseVertex = 0;
-    for (const auto& element : commandList_->commands()) {
-        const BGLCommand& command = *element;
-        switch (command.opcode()) {
-            case SET_MATERIAL: {
-                const int16_t t = detail::parameterAsInt16(command, 1);
-                currentParent = t == kNoTexture
-                                    ? kNoTexture
-                                    : textures.Item(numbers::narrow16(int32_t{t} + 1))->parent();
-                break;
-            }
-            case DRAW_TRI_LIST_BEGIN:
-                baseVertex = detail::parameterAsInt16(command, 0);
-                break;
-            case DRAW_TRI_LIST_ITEM: {
-                if (currentParent == kNoTexture) break;
-                std::array<int16_t, 3> corner{};
-                for (int k = 0; k < 3; ++k) {
-                    // Corners are 0-based from the list's base vertex; the vertex list is 1-based.
-                    corner[static_cast<std::size_t>(k)] =
-                        numbers::toInt16(detail::CommandSlots::number(command, k) + baseVertex + 1);
+    int32_t position = 0;
+    try {
+        for (const auto& element : commandList_->commands()) {
+            ++position;
+            const BGLCommand& command = *element;
+            switch (command.opcode()) {
+                case SET_MATERIAL: {
+                    const int16_t t = detail::parameterAsInt16(command, 1);
+                    currentParent =
+                        t == kNoTexture
+                            ? kNoTexture
+                            : textures.Item(numbers::narrow16(int32_t{t} + 1))->parent();
+                    break;
                 }
-                for (const auto& [a, b] : kEdges) {
-                    const std::shared_ptr<Vertex> endA = vertices.Item(corner[a]);
-                    const std::shared_ptr<Vertex> endB = vertices.Item(corner[b]);
-                    const Vertex& A = *endA;
-                    const Vertex& B = *endB;
-                    const float modelLength = lengthOf(A.x() - B.x(), A.y() - B.y(), A.z() - B.z());
-                    const float textureLength = lengthOf(A.tx() - B.tx(), A.ty() - B.ty(), 0.0f);
-                    if (!(textureLength > 0)) continue;
-                    const float ratio = modelLength / textureLength;
-                    if (!(ratio > textures.Item(currentParent)->size())) continue;
-                    const auto group = groups.find(currentParent);
-                    if (group == groups.end()) continue;
-                    for (texture* member : group->second)
-                        member->size(ratio);
+                case DRAW_TRI_LIST_BEGIN:
+                    baseVertex = detail::parameterAsInt16(command, 0);
+                    break;
+                case DRAW_TRI_LIST_ITEM: {
+                    if (currentParent == kNoTexture) break;
+                    std::array<int16_t, 3> corner{};
+                    for (int k = 0; k < 3; ++k) {
+                        // Corners are 0-based from the list's base vertex; the vertex list is
+                        // 1-based.
+                        corner[static_cast<std::size_t>(k)] = numbers::toInt16(
+                            detail::CommandSlots::number(command, k) + baseVertex + 1);
+                    }
+                    for (const auto& [a, b] : kEdges) {
+                        const std::shared_ptr<Vertex> endA = vertices.Item(corner[a]);
+                        const std::shared_ptr<Vertex> endB = vertices.Item(corner[b]);
+                        const Vertex& A = *endA;
+                        const Vertex& B = *endB;
+                        const float modelLength =
+                            lengthOf(A.x() - B.x(), A.y() - B.y(), A.z() - B.z());
+                        const float textureLength =
+                            lengthOf(A.tx() - B.tx(), A.ty() - B.ty(), 0.0f);
+                        if (!(textureLength > 0)) continue;
+                        const float ratio = modelLength / textureLength;
+                        if (!(ratio > textures.Item(currentParent)->size())) continue;
+                        const auto group = groups.find(currentParent);
+                        if (group == groups.end()) continue;
+                        for (texture* member : group->second)
+                            member->size(ratio);
+                    }
+                    break;
                 }
-                break;
+                default:
+                    break;
             }
-            default:
-                break;
         }
+    } catch (Error& error) {
+        throw error.setCommand(position);
     }
 }
 

@@ -6,8 +6,8 @@
 
 #include "foundation/Errors.h"
 #include "foundation/FileSystem.h"
-#include "foundation/HexFunctions.h"
 #include "foundation/NumberText.h"
+#include "foundation/OutputFile.h"
 
 #include <string>
 
@@ -40,83 +40,90 @@ std::string textureLine(const std::string& bitmap, int32_t index) {
     return line;
 }
 
-void writeLine(int16_t file, const std::string& line) {
-    hex::writeString(file, line, 0);
-    hex::writeString(file, "\r\n", 0);
+// The listing's writer; error 5 when no listing is open.
+ByteWriter& listing(const std::unique_ptr<OutputFile>& file) {
+    if (!file) raisePlatformError(kInvalidProcedureCall, "no listing is open (createASM first)");
+    return file->writer();
+}
+
+void writeLine(ByteWriter& out, const std::string& line) {
+    out.bytes(line);
+    out.bytes("\r\n");
 }
 
 }  // namespace
 
 ASMWriter::ASMWriter() = default;
 
-// A writer released with its listing still open (after an error, say) closes it.
-ASMWriter::~ASMWriter() {
-    if (!fileOpen_) return;
-    try {
-        hex::closeFile(asmFile_);
-    } catch (const Error&) {
-        // Released on the way out of an error: the close of the remains doesn't add to it.
-    }
-}
+// A writer released with its listing still open (after an error, say) closes it quietly.
+ASMWriter::~ASMWriter() = default;
 
 void ASMWriter::createASM(const std::string& file) {
-    if (fileOpen_) closeASM();
-    asmFile_ = hex::nextFreeFile();
-    // The file is opened without truncation, so an old listing is removed first.
+    if (file_) closeASM();
+    // An old listing is removed first, so a read-only one is refused (error 70).
     if (fs::fileExists(file)) fs::deleteFile(file, false);
-    hex::openBinaryFile(asmFile_, file);
-    fileOpen_ = true;
+    file_ = std::make_unique<OutputFile>(file);
+    ByteWriter& out = file_->writer();
 
-    writeLine(asmFile_, "; #######################################################");
-    writeLine(asmFile_, "; ");
-    writeLine(asmFile_, "; This BGLC source file has been created with the");
-    writeLine(asmFile_, "; Velmora DLL version " + std::to_string(versionMajor()) + "." +
-                            std::to_string(versionMinor()) + "." +
-                            std::to_string(versionRevision()));
-    writeLine(asmFile_, "; ");
-    writeLine(asmFile_, "; For the moment this source file can only be used for");
-    writeLine(asmFile_, "; debugging purposes. It does not yet contain all the");
-    writeLine(asmFile_, "; code to create a valid MDL file again.");
-    writeLine(asmFile_, "; ");
-    writeLine(asmFile_, "; #######################################################");
-    writeLine(asmFile_, "");
+    writeLine(out, "; #######################################################");
+    writeLine(out, "; ");
+    writeLine(out, "; This BGLC source file has been created with the");
+    writeLine(out, "; Velmora DLL version " + std::to_string(versionMajor()) + "." +
+                       std::to_string(versionMinor()) + "." + std::to_string(versionRevision()));
+    writeLine(out, "; ");
+    writeLine(out, "; For the moment this source file can only be used for");
+    writeLine(out, "; debugging purposes. It does not yet contain all the");
+    writeLine(out, "; code to create a valid MDL file again.");
+    writeLine(out, "; ");
+    writeLine(out, "; #######################################################");
+    writeLine(out, "");
 }
 
 void ASMWriter::writeTextureList(const std::shared_ptr<TextureList>& tList) {
     const auto& textures = required(tList).elements();
-    writeLine(asmFile_, "; Start of texture list");
+    ByteWriter& out = listing(file_);
+    writeLine(out, "; Start of texture list");
     int32_t index = 0;
     for (const auto& t : textures)
-        writeLine(asmFile_, textureLine(t->bitmap(), index++));
-    writeLine(asmFile_, "");
+        writeLine(out, textureLine(t->bitmap(), index++));
+    writeLine(out, "");
 }
 
 void ASMWriter::writeBGLCommandList(const std::shared_ptr<BGLCommandList>& bglcList) {
     const auto& commands = required(bglcList).commands();
-    const BGLOpcodeDictionary dictionary;
-    writeLine(asmFile_, "; Start of BGL command list");
+    ByteWriter& out = listing(file_);
+    writeLine(out, "; Start of BGL command list");
     std::string line;
+    int32_t position = 0;
     for (const auto& command : commands) {
+        ++position;
         const BGLCommandDictEntry* row = BGLOpcodeDictionary::row(command->opcode());
         // An opcode outside the table fails as the dictionary's own lookup does.
-        if (row == nullptr) dictionary.getEntry(numbers::narrow16(command->opcode()));
-        line = row != nullptr ? row->name : std::string();
-        for (int16_t i = 0; i < (row != nullptr ? row->numParam : 0); ++i) {
+        if (row == nullptr) {
+            throw platformError(command->opcode() > 32767 || command->opcode() < -32768
+                                    ? kOverflow
+                                    : kSubscriptOutOfRange)
+                .setCommand(position)
+                .setDetail("opcode " + numbers::formatInteger(command->opcode()) +
+                           " lies outside the opcode table (0 to 260)");
+        }
+        line = row->name;
+        for (int16_t i = 0; i < row->numParam; ++i) {
             line += ' ';
             line += command->param(i);
             line += " JD: ";
             line += numbers::formatInteger(command->jumpDest(i));
             line += ',';
         }
-        writeLine(asmFile_, line);
+        writeLine(out, line);
     }
-    writeLine(asmFile_, "");
+    writeLine(out, "");
 }
 
 void ASMWriter::closeASM() {
-    if (asmFile_ == -1 || !fileOpen_) return;
-    fileOpen_ = false;
-    hex::closeFile(asmFile_);
+    if (!file_) return;
+    const std::unique_ptr<OutputFile> file = std::move(file_);
+    file->close();
 }
 
 }  // namespace velmora

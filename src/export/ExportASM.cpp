@@ -4,12 +4,16 @@
 namespace velmora {
 
 void MDLObject::exportASM(const std::string& f) {
-    // The writer closes the listing when it goes, so a failure leaves no file open behind it.
-    ASMWriter writer;
-    writer.createASM(f);
-    writer.writeTextureList(textureList_);
-    writer.writeBGLCommandList(commandList_);
-    writer.closeASM();
+    try {
+        // The writer closes the listing when it goes, so a failure leaves no file open.
+        ASMWriter writer;
+        writer.createASM(f);
+        writer.writeTextureList(textureList_);
+        writer.writeBGLCommandList(commandList_);
+        writer.closeASM();
+    } catch (Error& error) {
+        throw error.setFile(f);
+    }
 }
 
 }  // namespace velmora

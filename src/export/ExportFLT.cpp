@@ -71,6 +71,15 @@ class TriangleWalk {
 
 void MDLObject::exportFLT(const std::string& f, const std::string& texFormat, bool saveATTR,
                           float extraRotation) {
+    try {
+        writeOpenFlight(f, texFormat, saveATTR, extraRotation);
+    } catch (Error& error) {
+        throw error.setFile(f);
+    }
+}
+
+void MDLObject::writeOpenFlight(const std::string& f, const std::string& texFormat, bool saveATTR,
+                                float extraRotation) {
     // The writer closes the database when it goes, so a failure leaves no file open behind it.
     OpenFlightWriter writer;
     writer.createDB(f);
@@ -92,8 +101,15 @@ void MDLObject::exportFLT(const std::string& f, const std::string& texFormat, bo
 
     if (!commandList_) raisePlatformError(kObjectNotSet);
     TriangleWalk walk(writer, *materialList_);
-    for (const auto& command : commandList_->commands())
-        walk.visit(*command);
+    int32_t position = 0;
+    try {
+        for (const auto& command : commandList_->commands()) {
+            ++position;
+            walk.visit(*command);
+        }
+    } catch (Error& error) {
+        throw error.setCommand(position);
+    }
 
     for (int level = 0; level < 5; ++level)
         writer.writePopLevel();

@@ -48,7 +48,7 @@ void OpenFlightWriter::writeVertexPalette(const std::shared_ptr<VertexList>& vLi
     const auto& vertices = required(vList).elements();
     const int32_t paletteLength =
         numbers::narrow32(static_cast<int64_t>(vertices.Count()) * 64 + 8);
-    flt::BigEndianRecord out(dbFile_);
+    flt::BigEndianRecord out(db());
     out.head(kVertexPalette, 8);
     out.int32(paletteLength);
     for (const auto& v : vertices) {
@@ -62,7 +62,7 @@ void OpenFlightWriter::writeColorPalette(const std::shared_ptr<MaterialList>& mL
     // The record holds 1024 entries; colours of materials beyond those are left out, so the
     // record keeps the length its head gives.
     const auto colored = std::min<std::size_t>(materials.size(), kPaletteColors);
-    flt::BigEndianRecord out(dbFile_);
+    flt::BigEndianRecord out(db());
     out.head(kColorPalette, 4228);
     out.zeros(128);
     for (std::size_t i = 0; i < colored; ++i)
@@ -73,7 +73,7 @@ void OpenFlightWriter::writeColorPalette(const std::shared_ptr<MaterialList>& mL
 
 void OpenFlightWriter::writeMaterialPalette(const std::shared_ptr<MaterialList>& mList) {
     const auto& materials = required(mList).elements();
-    flt::BigEndianRecord out(dbFile_);
+    flt::BigEndianRecord out(db());
     int32_t index = 0;
     for (const auto& m : materials) {
         out.head(kMaterialPalette, 84);
@@ -106,7 +106,7 @@ void OpenFlightWriter::writeMaterialPalette(const std::shared_ptr<MaterialList>&
 void OpenFlightWriter::writeTexturePalette(const std::shared_ptr<TextureList>& tList,
                                            const std::string& texFormat, bool saveATTR) {
     const auto& textures = required(tList).elements();
-    flt::BigEndianRecord out(dbFile_);
+    flt::BigEndianRecord out(db());
     int32_t index = 0;
     // An attribute file holds nothing but its name's fixed words: a name met again is written
     // once, so thousands of textures of one bitmap don't write one file thousands of times.

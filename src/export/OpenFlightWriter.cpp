@@ -5,8 +5,8 @@
 #include "foundation/Errors.h"
 #include "foundation/FileSystem.h"
 #include "foundation/GeneralFunctions.h"
-#include "foundation/HexFunctions.h"
 #include "foundation/NumberText.h"
+#include "foundation/OutputFile.h"
 
 #include <ctime>
 #include <string>
@@ -58,53 +58,49 @@ std::string folderOfDatabase(const std::string& file) {
 
 OpenFlightWriter::OpenFlightWriter() = default;
 
-// A writer released with its database still open (after an error, say) closes it.
-OpenFlightWriter::~OpenFlightWriter() {
-    if (dbFile_ == 0) return;
-    try {
-        hex::closeFile(dbFile_);
-    } catch (const Error&) {
-        // Released on the way out of an error: the close of the remains doesn't add to it.
-    }
+// A writer released with its database still open (after an error, say) closes it quietly.
+OpenFlightWriter::~OpenFlightWriter() = default;
+
+ByteWriter& OpenFlightWriter::db() {
+    if (!db_) raisePlatformError(kInvalidProcedureCall, "no database is open (createDB first)");
+    return db_->writer();
 }
 
 void OpenFlightWriter::createDB(const std::string& file) {
-    if (dbFile_ != 0) closeDB();
-    // The file is opened without truncation, so an old database is removed first.
+    if (db_) closeDB();
+    // An old database is removed first, so a read-only one is refused (error 70).
     if (fs::fileExists(file)) fs::deleteFile(file, false);
-    const int16_t number = hex::nextFreeFile();
-    hex::openBinaryFile(number, file);
-    dbFile_ = number;
+    db_ = std::make_unique<OutputFile>(file);
     dbFolder_ = folderOfDatabase(file);
 }
 
 void OpenFlightWriter::closeDB() {
-    const int16_t number = dbFile_;
-    dbFile_ = 0;
-    hex::closeFile(number);
+    if (!db_) return;
+    const std::unique_ptr<OutputFile> database = std::move(db_);
+    database->close();
 }
 
 void OpenFlightWriter::writePushLevel() {
-    flt::BigEndianRecord(dbFile_).head(kPushLevel, 4);
+    flt::BigEndianRecord(db()).head(kPushLevel, 4);
 }
 void OpenFlightWriter::writePopLevel() {
-    flt::BigEndianRecord(dbFile_).head(kPopLevel, 4);
+    flt::BigEndianRecord(db()).head(kPopLevel, 4);
 }
 void OpenFlightWriter::writePushSubface() {
-    flt::BigEndianRecord(dbFile_).head(kPushSubface, 4);
+    flt::BigEndianRecord(db()).head(kPushSubface, 4);
 }
 void OpenFlightWriter::writePopSubface() {
-    flt::BigEndianRecord(dbFile_).head(kPopSubface, 4);
+    flt::BigEndianRecord(db()).head(kPopSubface, 4);
 }
 void OpenFlightWriter::writePushAttribute() {
-    flt::BigEndianRecord(dbFile_).head(kPushAttribute, 4);
+    flt::BigEndianRecord(db()).head(kPushAttribute, 4);
 }
 void OpenFlightWriter::writePopAttribute() {
-    flt::BigEndianRecord(dbFile_).head(kPopAttribute, 4);
+    flt::BigEndianRecord(db()).head(kPopAttribute, 4);
 }
 
 void OpenFlightWriter::writeHeader() {
-    flt::BigEndianRecord out(dbFile_);
+    flt::BigEndianRecord out(db());
     out.head(kHeader, 324);
     out.text("db", kIdWidth);
     out.int32(1600);  // format revision 16.0
@@ -132,7 +128,7 @@ void OpenFlightWriter::writeHeader() {
 }
 
 void OpenFlightWriter::writeGroup(const std::string& name) {
-    flt::BigEndianRecord out(dbFile_);
+    flt::BigEndianRecord out(db());
     out.head(kGroup, 44);
     out.text(flt::shortID(name), kIdWidth);
     out.zeros(32);  // priority, flags, effects, significance, layer and four words
@@ -140,7 +136,7 @@ void OpenFlightWriter::writeGroup(const std::string& name) {
 }
 
 void OpenFlightWriter::writeObject(const std::string& name) {
-    flt::BigEndianRecord out(dbFile_);
+    flt::BigEndianRecord out(db());
     out.head(kObject, 28);
     out.text(flt::shortID(name), kIdWidth);
     out.zeros(16);  // flags, priority, transparency, effects, significance
@@ -150,7 +146,7 @@ void OpenFlightWriter::writeObject(const std::string& name) {
 void OpenFlightWriter::writeFace(const std::string& name, int32_t Color, int16_t Texture,
                                  int16_t Material) {
     const int32_t primaryColorIndex = numbers::narrow32(int64_t{Color} * 128 + 127);
-    flt::BigEndianRecord out(dbFile_);
+    flt::BigEndianRecord out(db());
     out.head(kFace, 80);
     out.text(flt::shortID(name), kIdWidth);
     out.int32(0);  // IR colour code
@@ -189,7 +185,7 @@ void OpenFlightWriter::writeVertexList(int32_t v1, int32_t v2, int32_t v3) {
     // vertex.
     const auto offsetOf = [](int32_t v) { return numbers::narrow32(int64_t{v} * 64 + 8); };
     const int32_t o1 = offsetOf(v1), o2 = offsetOf(v2), o3 = offsetOf(v3);
-    flt::BigEndianRecord out(dbFile_);
+    flt::BigEndianRecord out(db());
     out.head(kVertexList, 16);
     out.int32(o1);
     out.int32(o2);
@@ -197,7 +193,7 @@ void OpenFlightWriter::writeVertexList(int32_t v1, int32_t v2, int32_t v3) {
 }
 
 void OpenFlightWriter::writeLOD(const std::string& name, double switchIn, double switchOut) {
-    flt::BigEndianRecord out(dbFile_);
+    flt::BigEndianRecord out(db());
     out.head(kLevelOfDetail, 80);
     out.text(flt::shortID(name), kIdWidth);
     out.int32(0);
@@ -211,7 +207,7 @@ void OpenFlightWriter::writeLOD(const std::string& name, double switchIn, double
 
 void OpenFlightWriter::writeVertex(double x, double y, double z, float nx, float ny, float nz,
                                    float tx, float ty) {
-    flt::BigEndianRecord out(dbFile_);
+    flt::BigEndianRecord out(db());
     out.head(kVertexWithNormalAndUV, 64);
     out.int16(0);  // colour name index
     out.int16(0);  // flags
@@ -229,7 +225,7 @@ void OpenFlightWriter::writeVertex(double x, double y, double z, float nx, float
 void OpenFlightWriter::writeComment(const std::string& comment) {
     const int16_t width = flt::paddedLength(comment);
     const int16_t length = numbers::narrow16(int32_t{width} + 4);
-    flt::BigEndianRecord out(dbFile_);
+    flt::BigEndianRecord out(db());
     out.head(kComment, length);
     out.text(comment, width);
 }
@@ -237,7 +233,7 @@ void OpenFlightWriter::writeComment(const std::string& comment) {
 void OpenFlightWriter::writeLongID(const std::string& name) {
     const int16_t width = flt::paddedLength(name);
     const int16_t length = numbers::narrow16(int32_t{width} + 4);
-    flt::BigEndianRecord out(dbFile_);
+    flt::BigEndianRecord out(db());
     out.head(kLongID, length);
     out.text(name, width);
 }

@@ -1,7 +1,7 @@
 #include <velmora/OpenFlightWriter.h>
 
 #include "foundation/FileSystem.h"
-#include "foundation/HexFunctions.h"
+#include "foundation/OutputFile.h"
 
 #include <array>
 #include <cstdint>
@@ -53,10 +53,9 @@ void OpenFlightWriter::writeTextureAttribute(const std::string& file) {
     // A name with folder parts or ".." stays inside the database's folder.
     const std::string attributePath = fs::joinInside(dbFolder_, file + ".attr");
     if (fs::fileExists(attributePath)) fs::deleteFile(attributePath, false);
-    hex::ScopedFile attribute(hex::nextFreeFile());
-    hex::openBinaryFile(attribute.file(), attributePath);
+    OutputFile attribute(attributePath);
     for (const int32_t word : kAttributeFile)
-        hex::writeLong(attribute.file(), word, true);
+        attribute.writer().int32BigEndian(word);
     attribute.close();
 }
 

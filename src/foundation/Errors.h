@@ -25,11 +25,19 @@ enum PlatformError : int32_t {
 
 using detail::raisePlatformError;
 
+// One of the platform's errors with its usual description, to be given its place and thrown:
+// `throw platformError(9).setCommand(n).setDetail(...)`.
+Error platformError(int32_t number);
+
+// A platform error that says what happened.
+[[noreturn]] void raisePlatformError(int32_t number, const std::string& detail);
+
 // Raises one of the library's own errors: number 100 with the given source and description.
 [[noreturn]] void raiseLibraryError(const std::string& source, const std::string& description);
 
-// Raises the platform error that matches a failure of the operating system on a file.
-[[noreturn]] void raiseFileError(std::error_code code);
-[[noreturn]] void raiseFileError(int errnoValue);
+// Raises the platform error that matches a failure of the operating system on a file, naming
+// the file when `path` is given.
+[[noreturn]] void raiseFileError(std::error_code code, const std::string& path = "");
+[[noreturn]] void raiseFileError(int errnoValue, const std::string& path = "");
 
 }  // namespace velmora

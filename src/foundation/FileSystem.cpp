@@ -15,15 +15,30 @@
 
 namespace velmora {
 
+namespace {
+
+// True when the folder that `path` names a file in doesn't exist.
+bool folderIsMissing(const std::string& path) {
+    const std::string folder = folderOfPath(path);
+    std::error_code ignored;
+    return folder != path && !folder.empty() && !std::filesystem::is_directory(folder, ignored);
+}
+
+[[noreturn]] void raiseMissingFolder(const std::string& path) {
+    throw platformError(kPathNotFound)
+        .setFile(path)
+        .setDetail("the folder \"" + folderOfPath(path) + "\" does not exist");
+}
+
+[[noreturn]] void raiseReadOnly(const std::string& path) {
+    throw platformError(kPermissionDenied).setFile(path).setDetail("the file is read-only");
+}
+
+}  // namespace
+
 void raiseOpenError(int errnoValue, const std::string& path) {
-    if (errnoValue == ENOENT) {
-        const std::string folder = folderOfPath(path);
-        std::error_code ignored;
-        if (folder != path && !folder.empty() && !std::filesystem::is_directory(folder, ignored)) {
-            raisePlatformError(kPathNotFound);
-        }
-    }
-    raiseFileError(errnoValue);
+    if (errnoValue == ENOENT && folderIsMissing(path)) raiseMissingFolder(path);
+    raiseFileError(errnoValue, path);
 }
 
 namespace fs {
@@ -49,26 +64,15 @@ bool fileExists(const std::string& path) {
 }
 
 void deleteFile(const std::string& path, bool force) {
-    if (!fileExists(path)) raisePlatformError(kFileNotFound);
-    if (!force && isReadOnly(path)) raisePlatformError(kPermissionDenied);
-    if (std::remove(path.c_str()) != 0) raiseFileError(errno);
-}
-
-void copyFile(const std::string& source, const std::string& target, bool overwrite) {
-    std::error_code code;
-    const auto options =
-        overwrite ? stdfs::copy_options::overwrite_existing : stdfs::copy_options::none;
-    if (!fileExists(source)) raisePlatformError(kFileNotFound);
-    if (!stdfs::copy_file(source, target, options, code) || code) {
-        if (code == std::errc::file_exists) raisePlatformError(kPathFileAccessError);
-        raiseOpenError(code.value(), target);
-    }
+    if (!fileExists(path)) raiseFileError(ENOENT, path);
+    if (!force && isReadOnly(path)) raiseReadOnly(path);
+    if (std::remove(path.c_str()) != 0) raiseFileError(errno, path);
 }
 
 int32_t fileSize(const std::string& path) {
     std::error_code code;
     const auto size = stdfs::file_size(path, code);
-    if (code) raiseFileError(code);
+    if (code) raiseFileError(code, path);
     if (size > static_cast<std::uintmax_t>(std::numeric_limits<int32_t>::max())) {
         raisePlatformError(kOverflow);
     }
@@ -88,24 +92,29 @@ std::string readWholeFile(const std::string& path) {
     const bool failed = std::ferror(file) != 0;
     const int error = errno;
     std::fclose(file);
-    if (failed) raiseFileError(error);
+    if (failed) raiseFileError(error, path);
     bytes.resize(got);
     return bytes;
 }
 
+std::string readFileStart(const std::string& path, std::size_t count) {
+    std::FILE* file = std::fopen(path.c_str(), "rb");
+    if (file == nullptr) raiseOpenError(errno, path);
+    std::string bytes(count, '\0');
+    bytes.resize(std::fread(bytes.data(), 1, count, file));
+    std::fclose(file);
+    return bytes;
+}
+
 void replaceFile(const std::string& path, const std::string& bytes) {
-    const std::string folder = folderOfPath(path);
-    std::error_code ignored;
-    if (folder != path && !folder.empty() && !stdfs::is_directory(folder, ignored)) {
-        raisePlatformError(kPathNotFound);
-    }
-    if (fileExists(path) && isReadOnly(path)) raisePlatformError(kPermissionDenied);
+    if (folderIsMissing(path)) raiseMissingFolder(path);
+    if (fileExists(path) && isReadOnly(path)) raiseReadOnly(path);
 
     static std::atomic<unsigned> counter{0};
     const std::string temporary = path + ".velmora-" + std::to_string(getpid()) + "-" +
                                   std::to_string(counter.fetch_add(1)) + ".tmp";
     std::FILE* file = std::fopen(temporary.c_str(), "wb");
-    if (file == nullptr) raiseOpenError(errno, temporary);
+    if (file == nullptr) raiseOpenError(errno, path);
     const bool written =
         bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
     int error = errno;
@@ -114,7 +123,7 @@ void replaceFile(const std::string& path, const std::string& bytes) {
     const bool closed = std::fclose(file) == 0;
     if (!written || !flushed || !closed) {
         std::remove(temporary.c_str());
-        raiseFileError(error);
+        raiseFileError(error, path);
     }
     // Keep the permissions of the file that is replaced.
     struct stat old {};
@@ -122,7 +131,7 @@ void replaceFile(const std::string& path, const std::string& bytes) {
     if (std::rename(temporary.c_str(), path.c_str()) != 0) {
         error = errno;
         std::remove(temporary.c_str());
-        raiseFileError(error);
+        raiseFileError(error, path);
     }
 }
 

@@ -10,12 +10,13 @@ namespace velmora::fs {
 bool fileExists(const std::string& path);
 // Removes a file; with `force` also a read-only one. A read-only file without `force` is error 70.
 void deleteFile(const std::string& path, bool force);
-void copyFile(const std::string& source, const std::string& target, bool overwrite);
 // The size of a file in bytes, as a 32-bit value.
 int32_t fileSize(const std::string& path);
 
 // Reads a whole file into memory; error 53 when it is missing.
 std::string readWholeFile(const std::string& path);
+// The first `count` bytes of a file (fewer when it is shorter).
+std::string readFileStart(const std::string& path, std::size_t count);
 
 // Writes `bytes` to a new file beside `path` and moves it into place only when it is whole,
 // so a failure leaves the old file as it was and nothing else behind. A read-only target is

@@ -2,10 +2,17 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
-// Typed binary access to files and in-memory byte strings, addressed by file numbers.
+namespace velmora {
+class ByteReader;
+}
+
+// Typed binary access addressed by file numbers, for the members whose interface passes a file
+// number (XMLBGLSection.readFromFile and its kin) and for hosts that use the procedures as
+// such. The library's own readers and writers pass a ByteReader or ByteWriter instead.
 // Every value is little-endian unless a write is told to swap. Reads past the end give 0, or
 // a string of the asked length whose missing part is NUL bytes.
 //
@@ -48,6 +55,11 @@ void writeDouble(int16_t file, double value, bool swap = false);
 // value is error 100 and nothing is written. `length` below 1 writes the value unchanged.
 void writeString(int16_t file, std::string_view value, int16_t length);
 void writeByte(int16_t file, uint8_t value);
+
+// Runs `read` with a reader over the whole of an open file or byte string, placed at the file's
+// position; afterwards the file's position is where the reader stopped. This is how the
+// members that take a file number share the library's readers.
+void readThrough(int16_t file, const std::function<void(ByteReader&)>& read);
 
 // The scratch file "temp.bin" in the application folder.
 std::string tempFilePath();

@@ -173,16 +173,6 @@ int16_t textToInt16(std::string_view text) {
     return toInt16(parseNumber(text));
 }
 
-int32_t textToInt32(std::string_view text) {
-    int32_t exact = 0;
-    if (parseCanonicalInteger(text, exact)) return exact;
-    return toInt32(parseNumber(text));
-}
-
-float textToSingle(std::string_view text) {
-    return toSingle(parseNumber(text));
-}
-
 std::string formatInteger(int64_t value) {
     char buffer[24];
     const auto result = std::to_chars(buffer, buffer + sizeof buffer, value);
@@ -200,6 +190,17 @@ std::string formatSingle(float value) {
         if (c == 'e') c = 'E';
     }
     return text;
+}
+
+std::string formatGrouped(int64_t value) {
+    const std::string digits = formatInteger(value);
+    const std::size_t sign = value < 0 ? 1 : 0;
+    std::string out = digits.substr(0, sign);
+    for (std::size_t i = sign; i < digits.size(); ++i) {
+        if (i > sign && (digits.size() - i) % 3 == 0) out.push_back(',');
+        out.push_back(digits[i]);
+    }
+    return out;
 }
 
 bool parseCanonicalInteger(std::string_view text, int32_t& value) {

@@ -24,15 +24,15 @@ float toSingle(double value);
 int16_t narrow16(int64_t value);
 int32_t narrow32(int64_t value);
 
-// Text to a target type in one step.
+// Text to a 16-bit value in one step.
 int16_t textToInt16(std::string_view text);
-int32_t textToInt32(std::string_view text);
-float textToSingle(std::string_view text);
 
 // Decimal text with "." as the decimal mark whatever the locale.
 std::string formatInteger(int64_t value);
 // A single with at most seven significant digits ("1.5", "0.1", "1E+10").
 std::string formatSingle(float value);
+// A count for people, with a comma between groups of three digits ("4,096").
+std::string formatGrouped(int64_t value);
 
 // True when `text` is exactly the text formatInteger gives for a 32-bit value.
 bool parseCanonicalInteger(std::string_view text, int32_t& value);

@@ -1,28 +1,26 @@
 #include <velmora/BoundingBox.h>
 
-#include "foundation/HexFunctions.h"
+#include "foundation/ByteReader.h"
+#include "foundation/ByteWriter.h"
 
 namespace velmora {
 
 void BoundingBox::readList(const std::string& data) {
-    hex::MemoryReader reader(data);
-    const int16_t file = reader.file();
+    ByteReader in(data);
     // Both minima first, then the maxima: not in x, y, z pairs.
-    xmin_ = hex::readSingle(file);
-    ymin_ = hex::readSingle(file);
-    zmin_ = hex::readSingle(file);
-    xmax_ = hex::readSingle(file);
-    ymax_ = hex::readSingle(file);
-    zmax_ = hex::readSingle(file);
+    xmin_ = in.single();
+    ymin_ = in.single();
+    zmin_ = in.single();
+    xmax_ = in.single();
+    ymax_ = in.single();
+    zmax_ = in.single();
 }
 
 std::string BoundingBox::asString() const {
-    hex::MemoryWriter writer;
-    const int16_t file = writer.file();
-    for (const float value : {xmin_, ymin_, zmin_, xmax_, ymax_, zmax_}) {
-        hex::writeSingle(file, value);
-    }
-    return writer.take();
+    ByteWriter out(24);
+    for (const float value : {xmin_, ymin_, zmin_, xmax_, ymax_, zmax_})
+        out.single(value);
+    return out.take();
 }
 
 }  // namespace velmora

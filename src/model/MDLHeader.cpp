@@ -1,7 +1,8 @@
 #include <velmora/MDLHeader.h>
 
+#include "foundation/ByteReader.h"
+#include "foundation/ByteWriter.h"
 #include "foundation/Errors.h"
-#include "foundation/HexFunctions.h"
 
 namespace velmora {
 
@@ -23,16 +24,16 @@ void MDLHeader::param(int16_t Index, int32_t value) {
 }
 
 void MDLHeader::readList(const std::string& data) {
-    hex::MemoryReader reader(data);
+    ByteReader in(data);
     for (auto& value : params_)
-        value = hex::readLong(reader.file());
+        value = in.int32();
 }
 
 std::string MDLHeader::asString() const {
-    hex::MemoryWriter writer;
+    ByteWriter out(params_.size() * 4);
     for (const auto value : params_)
-        hex::writeLong(writer.file(), value);
-    return writer.take();
+        out.int32(value);
+    return out.take();
 }
 
 }  // namespace velmora

@@ -52,15 +52,6 @@ MDLObject::MDLObject() {
     }
 }
 
-MDLObject::~MDLObject() {
-    materialList_.reset();
-    textureList_.reset();
-    vertexList_.reset();
-    commandList_.reset();
-    boundingBox_.reset();
-    header_.reset();
-}
-
 void MDLObject::requireLoaded() const {
     if (!header_ || !boundingBox_ || !materialList_ || !textureList_ || !vertexList_ ||
         !commandList_) {

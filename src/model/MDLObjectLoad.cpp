@@ -1,41 +1,97 @@
 #include <velmora/MDLObject.h>
 
+#include "foundation/ByteReader.h"
 #include "foundation/Errors.h"
 #include "foundation/FileSystem.h"
-#include "foundation/HexFunctions.h"
 #include "foundation/Host.h"
+#include "foundation/NumberText.h"
 #include "model/SectionIndex.h"
+
+#include <array>
+#include <filesystem>
 
 namespace velmora {
 
 namespace {
 
-[[noreturn]] void raiseNotAModel() {
-    raiseLibraryError("Velmora.MDLObject", "This is not a valid RIFF scenery MDL file");
+using PayloadStarts = std::array<int64_t, sections::kTableSlots>;
+
+[[noreturn]] void raiseNotAModel(const std::string& why) {
+    Error error(100, "Velmora.MDLObject", "This is not a valid RIFF scenery MDL file");
+    throw error.setDetail(why);
 }
 
-// Splits a whole model file into the section table. The file is one flat run of sections: the
-// size of "EXTE" is kept but not used, since the sections it contains follow its head.
-void readSectionTable(MDLObject& model, int16_t file) {
-    if (model.getRIFFSectionIndex(hex::readString(file, 4)) != sections::RIFF) raiseNotAModel();
-    RIFFSection& riff = model.section(sections::RIFF);
-    riff.size = hex::readLong(file);
-    riff.data = hex::readString(file, 4);
-    if (riff.data != "MDL9") raiseNotAModel();
+// A tag for people: printable bytes as they are, others as \xNN.
+std::string printableTag(const std::string& tag) {
+    static const char* digits = "0123456789ABCDEF";
+    std::string out;
+    for (const unsigned char c : tag) {
+        if (c >= 32 && c < 127 && c != '"' && c != '\\') {
+            out.push_back(static_cast<char>(c));
+        } else {
+            out += "\\x";
+            out.push_back(digits[c >> 4]);
+            out.push_back(digits[c & 15]);
+        }
+    }
+    return out;
+}
 
-    const int64_t length = hex::fileLength(file);
+// Splits a whole model file into the section table, noting where each payload starts. The file
+// is one flat run of sections: the size of "EXTE" is kept but not used, since the sections it
+// contains follow its head.
+void readSectionTable(MDLObject& model, ByteReader& in, PayloadStarts& payloadStarts) {
+    const int64_t length = in.size();
+    if (length < 12) {
+        raiseNotAModel(length == 0
+                           ? "the file is empty"
+                           : "the file holds only " + numbers::formatGrouped(length) + " bytes");
+    }
+    const std::string head = in.text(4);
+    if (model.getRIFFSectionIndex(head) != sections::RIFF) {
+        raiseNotAModel("it starts with \"" + printableTag(head) + "\", not \"RIFF\"");
+    }
+    RIFFSection& riff = model.section(sections::RIFF);
+    riff.size = in.int32();
+    riff.data = in.text(4);
+    if (riff.data != "MDL9") {
+        raiseNotAModel("its form is \"" + printableTag(riff.data) + "\", not \"MDL9\"");
+    }
+
     // The bound is size + 4, not size + 8: the last five bytes of the extent hold no section.
-    while (static_cast<int64_t>(hex::filePosition(file)) < static_cast<int64_t>(riff.size) + 4) {
-        const int16_t index = model.getRIFFSectionIndex(hex::readString(file, 4));
-        if (index < 0 || index >= sections::kTableSlots) raisePlatformError(kSubscriptOutOfRange);
+    while (in.offset() + 1 < static_cast<int64_t>(riff.size) + 4) {
+        const int64_t sectionHead = in.offset();
+        const std::string tag = in.text(4);
+        const int16_t index = model.getRIFFSectionIndex(tag);
+        if (index < 0 || index >= sections::kTableSlots) {
+            Error error = platformError(kSubscriptOutOfRange);
+            error.setOffset(sectionHead);
+            if (sectionHead + 8 > length) {
+                throw error.setDetail("the file ends at byte " + numbers::formatGrouped(length) +
+                                      ", but its RIFF head says it runs to byte " +
+                                      numbers::formatGrouped(int64_t{riff.size} + 8));
+            }
+            throw error.setDetail("unknown section tag \"" + printableTag(tag) + "\"");
+        }
         RIFFSection& found = model.section(index);
-        found.size = hex::readLong(file);
+        found.size = in.int32();
         if (index == sections::EXTE) continue;
-        if (found.size < 0) raisePlatformError(kInvalidProcedureCall);
+        if (found.size < 0) {
+            throw platformError(kInvalidProcedureCall)
+                .setSection(tag)
+                .setOffset(sectionHead)
+                .setDetail("its size is negative (" + numbers::formatGrouped(found.size) + ")");
+        }
         // Refused before any reservation, so a false size can't claim memory.
-        const int64_t remaining = length - (static_cast<int64_t>(hex::filePosition(file)) - 1);
-        if (found.size > remaining) raisePlatformError(kSubscriptOutOfRange);
-        found.data = hex::readString(file, found.size);
+        if (found.size > in.remaining()) {
+            throw platformError(kSubscriptOutOfRange)
+                .setSection(tag)
+                .setOffset(sectionHead)
+                .setDetail("says " + numbers::formatGrouped(found.size) + " bytes, but only " +
+                           numbers::formatGrouped(in.remaining()) + " follow");
+        }
+        payloadStarts[static_cast<std::size_t>(index)] = in.offset();
+        found.data = in.text(found.size);
     }
 }
 
@@ -44,14 +100,23 @@ void readSectionTable(MDLObject& model, int16_t file) {
 void MDLObject::readMDL(const std::string& file) {
     // A file that is missing or can't be read holds no "RIFF" tag: it fails like an empty one.
     std::string bytes;
+    std::string missing;
+    std::error_code code;
     if (fs::fileExists(file)) {
         try {
             bytes = fs::readWholeFile(file);
-        } catch (const Error&) {
-            bytes.clear();
+        } catch (const Error& error) {
+            missing = error.detail();
         }
+    } else {
+        missing = std::filesystem::is_directory(file, code) ? "it is a folder" : "no such file";
     }
-    readMDLBytes(bytes, file);
+    try {
+        if (!missing.empty()) raiseNotAModel(missing);
+        readMDLBytes(bytes, file);
+    } catch (Error& error) {
+        throw error.setFile(file);
+    }
 }
 
 void MDLObject::readMDLBytes(std::string_view bytes, const std::string& path) {
@@ -64,9 +129,10 @@ void MDLObject::readMDLBytes(std::string_view bytes, const std::string& path) {
         entry.size = 0;
         entry.data.clear();
     }
+    PayloadStarts payloadStarts{};
     {
-        hex::MemoryReader reader(bytes);
-        readSectionTable(*this, reader.file());
+        ByteReader in(bytes);
+        readSectionTable(*this, in, payloadStarts);
     }
 
     header_ = std::make_shared<velmora::MDLHeader>();
@@ -76,29 +142,41 @@ void MDLObject::readMDLBytes(std::string_view bytes, const std::string& path) {
     commandList_ = std::make_shared<velmora::BGLCommandList>();
     boundingBox_ = std::make_shared<velmora::BoundingBox>();
 
-    const auto present = [this](int16_t index) { return sectionTable_[index].size > 0; };
-    const auto payload = [this](int16_t index) -> const std::string& {
-        return sectionTable_[index].data;
+    // Decodes one section if the file holds it; an error learns the section and where it lies.
+    const auto decode = [&](int16_t index, auto&& read) {
+        RIFFSection& section = sectionTable_[static_cast<std::size_t>(index)];
+        if (section.size <= 0) return;
+        try {
+            read(section.data);
+        } catch (Error& error) {
+            error.setSection(section.tag);
+            if (error.offset() >= 0) {
+                error.shiftOffset(payloadStarts[static_cast<std::size_t>(index)]);
+            } else {
+                error.setOffset(payloadStarts[static_cast<std::size_t>(index)] - 8);
+            }
+            throw;
+        }
     };
 
-    if (present(sections::MDLH)) header_->readList(payload(sections::MDLH));
-    if (present(sections::BBOX)) boundingBox_->readList(payload(sections::BBOX));
+    decode(sections::MDLH, [this](const std::string& data) { header_->readList(data); });
+    decode(sections::BBOX, [this](const std::string& data) { boundingBox_->readList(data); });
 
     loadingStatus_ = loadingMATE;
     yieldToHost();
-    if (present(sections::MATE)) materialList_->readList(payload(sections::MATE));
+    decode(sections::MATE, [this](const std::string& data) { materialList_->readList(data); });
 
     loadingStatus_ = loadingTEXT;
     yieldToHost();
-    if (present(sections::TEXT)) textureList_->fillCollection(payload(sections::TEXT));
+    decode(sections::TEXT, [this](const std::string& data) { textureList_->fillCollection(data); });
 
     loadingStatus_ = loadingVERT;
     yieldToHost();
-    if (present(sections::VERT)) vertexList_->fillCollection(payload(sections::VERT));
+    decode(sections::VERT, [this](const std::string& data) { vertexList_->fillCollection(data); });
 
     loadingStatus_ = loadingBGL;
     yieldToHost();
-    if (present(sections::BGL)) commandList_->readList(payload(sections::BGL));
+    decode(sections::BGL, [this](const std::string& data) { commandList_->readList(data); });
 
     mdlPath_ = path;
 }

@@ -1,8 +1,8 @@
 #include <velmora/MDLObject.h>
 
+#include "foundation/ByteWriter.h"
 #include "foundation/Errors.h"
 #include "foundation/FileSystem.h"
-#include "foundation/HexFunctions.h"
 #include "foundation/NumberText.h"
 #include "model/SectionIndex.h"
 
@@ -27,12 +27,20 @@ int32_t listPayload(int64_t entries, int64_t entrySize) {
 
 void MDLObject::updateData() {
     requireLoaded();
-    sectionTable_[sections::MDLH].data = header_->asString();
-    sectionTable_[sections::BBOX].data = boundingBox_->asString();
-    sectionTable_[sections::MATE].data = materialList_->asString();
-    sectionTable_[sections::TEXT].data = textureList_->asString();
-    sectionTable_[sections::VERT].data = vertexList_->asString();
-    sectionTable_[sections::BGL].data = commandList_->asString();
+    const auto rebuild = [this](int16_t index, auto&& build) {
+        RIFFSection& section = sectionTable_[static_cast<std::size_t>(index)];
+        try {
+            section.data = build();
+        } catch (Error& error) {
+            throw error.setSection(section.tag);
+        }
+    };
+    rebuild(sections::MDLH, [this] { return header_->asString(); });
+    rebuild(sections::BBOX, [this] { return boundingBox_->asString(); });
+    rebuild(sections::MATE, [this] { return materialList_->asString(); });
+    rebuild(sections::TEXT, [this] { return textureList_->asString(); });
+    rebuild(sections::VERT, [this] { return vertexList_->asString(); });
+    rebuild(sections::BGL, [this] { return commandList_->asString(); });
     updateSectionSize();
 }
 
@@ -44,11 +52,22 @@ void MDLObject::updateSectionSize() {
     RIFFSection& stream = sectionTable_[sections::BGL];
     stream.size = 0;
     // Commands are counted in 16 bits: more than 32,767 is an overflow.
-    numbers::narrow16(commandList_->Count());
+    if (commandList_->Count() > 32767) {
+        raisePlatformError(kOverflow, "the stream holds " +
+                                          numbers::formatGrouped(commandList_->Count()) +
+                                          " commands; a model holds at most 32,767");
+    }
     int64_t streamBytes = 0;
+    int32_t position = 0;
     for (const auto& command : commandList_->commands().elements()) {
+        ++position;
         const BGLCommandDictEntry* row = BGLOpcodeDictionary::row(command->opcode());
-        if (row == nullptr) raisePlatformError(kSubscriptOutOfRange);
+        if (row == nullptr) {
+            throw platformError(kSubscriptOutOfRange)
+                .setCommand(position)
+                .setDetail("opcode " + numbers::formatInteger(command->opcode()) +
+                           " lies outside the opcode table (0 to 260)");
+        }
         streamBytes += row->length;
     }
     stream.size = numbers::narrow32(streamBytes);
@@ -93,6 +112,14 @@ void MDLObject::cleanDICT() {
 }
 
 void MDLObject::saveMDL(const std::string& file) {
+    try {
+        writeModelFile(file);
+    } catch (Error& error) {
+        throw error.setFile(file);
+    }
+}
+
+void MDLObject::writeModelFile(const std::string& file) {
     updateData();
     // The table is written flat in its own order; "EXTE" has no payload, so the sections after
     // it land inside it.
@@ -101,16 +128,15 @@ void MDLObject::saveMDL(const std::string& file) {
         const RIFFSection& entry = sectionTable_[static_cast<std::size_t>(i)];
         if (entry.size > 0) fileBytes += entry.tag.size() + 4 + entry.data.size();
     }
-    hex::MemoryWriter writer(fileBytes);
-    const int16_t out = writer.file();
+    ByteWriter out(fileBytes);
     for (int16_t i = 0; i < sections::kKnownSections; ++i) {
         const RIFFSection& entry = sectionTable_[static_cast<std::size_t>(i)];
         if (entry.size <= 0) continue;
-        hex::writeString(out, entry.tag, 0);
-        hex::writeLong(out, entry.size);
-        hex::writeString(out, entry.data, 0);
+        out.bytes(entry.tag);
+        out.int32(entry.size);
+        out.bytes(entry.data);
     }
-    fs::replaceFile(file, writer.take());
+    fs::replaceFile(file, out.take());
 }
 
 }  // namespace velmora

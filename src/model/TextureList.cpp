@@ -1,7 +1,8 @@
 #include <velmora/TextureList.h>
 
+#include "foundation/ByteReader.h"
+#include "foundation/ByteWriter.h"
 #include "foundation/Errors.h"
-#include "foundation/HexFunctions.h"
 #include "foundation/NumberText.h"
 #include "model/ElementBlock.h"
 
@@ -15,83 +16,58 @@ constexpr int16_t kBitmapField = 64;
 
 }  // namespace
 
-TextureList::~TextureList() {
-    items_.clear();
-}
-
-std::shared_ptr<texture> TextureList::Add(std::shared_ptr<texture> sTexture,
-                                          const std::string& sKey, IndexKey bfrIndexKey) {
-    return items_.Add(std::move(sTexture), sKey, bfrIndexKey);
-}
-
-std::shared_ptr<texture> TextureList::Item(IndexKey vntIndexKey) const {
-    return items_.Item(vntIndexKey);
-}
-
-int32_t TextureList::Count() const {
-    return items_.Count();
-}
-
-void TextureList::Remove(IndexKey vntIndexKey) {
-    items_.Remove(vntIndexKey);
-}
-
-TextureList::const_iterator TextureList::begin() const {
-    return items_.begin();
-}
-
-TextureList::const_iterator TextureList::end() const {
-    return items_.end();
-}
-
 void TextureList::fillCollection(const std::string& data) {
-    hex::MemoryReader reader(data);
-    const int16_t file = reader.file();
-    if (hex::readInteger(file) != kTextureListBegin) {
+    ByteReader in(data);
+    if (in.int16() != kTextureListBegin) {
         raiseLibraryError("Velmora.TextureList", "No valid texture list data in string");
     }
-    const int16_t count = hex::readInteger(file);
-    hex::readLong(file);  // reserved
+    const int16_t count = in.int16();
+    in.int32();  // reserved
     if (count <= 0) return;
 
     detail::ElementBlock<texture> block(static_cast<std::size_t>(count));
     items_.reserve(items_.elements().size() + static_cast<std::size_t>(count));
     for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
         texture& entry = block[i];
-        entry.textureType(static_cast<velmora::textureType>(hex::readLong(file)));
+        entry.textureType(static_cast<velmora::textureType>(in.int32()));
         // The colour bytes stand as blue, alpha, red, green.
         velmora::color& shade = *entry.color();
-        shade.Bi(hex::readByte(file));
-        shade.Ai(hex::readByte(file));
-        shade.Ri(hex::readByte(file));
-        shade.Gi(hex::readByte(file));
-        hex::readLong(file);  // reserved
-        entry.size(hex::readSingle(file));
-        entry.bitmap(hex::readString(file, kBitmapField));
+        shade.Bi(in.byte());
+        shade.Ai(in.byte());
+        shade.Ri(in.byte());
+        shade.Gi(in.byte());
+        in.int32();  // reserved
+        entry.size(in.single());
+        entry.bitmap(in.text(kBitmapField));
         items_.append(block.share(i));
     }
 }
 
 std::string TextureList::asString() const {
     const int16_t count = numbers::narrow16(items_.Count());
-    hex::MemoryWriter writer(static_cast<std::size_t>(count) * 80 + 10);
-    const int16_t file = writer.file();
-    hex::writeInteger(file, kTextureListBegin);
-    hex::writeInteger(file, count);
-    hex::writeLong(file, 0);
+    ByteWriter out(static_cast<std::size_t>(count) * 80 + 10);
+    out.int16(kTextureListBegin);
+    out.int16(count);
+    out.int32(0);
+    int32_t position = 0;
     for (const auto& entry : items_) {
-        const velmora::color& shade = *entry->color();
-        hex::writeLong(file, entry->textureType());
-        hex::writeByte(file, numbers::toByte(shade.Bi()));
-        hex::writeByte(file, numbers::toByte(shade.Ai()));
-        hex::writeByte(file, numbers::toByte(shade.Ri()));
-        hex::writeByte(file, numbers::toByte(shade.Gi()));
-        hex::writeLong(file, 0);
-        hex::writeSingle(file, entry->size());
-        hex::writeString(file, entry->bitmap(), kBitmapField);
+        ++position;
+        try {
+            const velmora::color& shade = *entry->color();
+            out.int32(entry->textureType());
+            out.byte(numbers::toByte(shade.Bi()));
+            out.byte(numbers::toByte(shade.Ai()));
+            out.byte(numbers::toByte(shade.Ri()));
+            out.byte(numbers::toByte(shade.Gi()));
+            out.int32(0);
+            out.single(entry->size());
+            out.field(entry->bitmap(), kBitmapField);
+        } catch (Error& error) {
+            throw error.setSection("TEXT").setTexture(position);
+        }
     }
-    hex::writeInteger(file, kReturn);
-    return writer.take();
+    out.int16(kReturn);
+    return out.take();
 }
 
 int16_t TextureList::findTextureIndex(int16_t parent, int16_t season) const {

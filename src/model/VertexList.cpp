@@ -1,8 +1,10 @@
 #include <velmora/VertexList.h>
 
+#include "foundation/ByteReader.h"
+#include "foundation/ByteWriter.h"
 #include "foundation/Errors.h"
-#include "foundation/HexFunctions.h"
 #include "foundation/Host.h"
+#include "foundation/NumberText.h"
 #include "model/ElementBlock.h"
 
 namespace velmora {
@@ -15,43 +17,14 @@ constexpr int32_t kMostVertices = 65535;
 
 }  // namespace
 
-VertexList::~VertexList() {
-    items_.clear();
-}
-
-std::shared_ptr<Vertex> VertexList::Add(std::shared_ptr<Vertex> sVertex, const std::string& sKey) {
-    return items_.Add(std::move(sVertex), sKey, IndexKey());
-}
-
-std::shared_ptr<Vertex> VertexList::Item(IndexKey vntIndexKey) const {
-    return items_.Item(vntIndexKey);
-}
-
-int32_t VertexList::Count() const {
-    return items_.Count();
-}
-
-void VertexList::Remove(IndexKey vntIndexKey) {
-    items_.Remove(vntIndexKey);
-}
-
-VertexList::const_iterator VertexList::begin() const {
-    return items_.begin();
-}
-
-VertexList::const_iterator VertexList::end() const {
-    return items_.end();
-}
-
 void VertexList::fillCollection(const std::string& data) {
-    hex::MemoryReader reader(data);
-    const int16_t file = reader.file();
-    if (hex::readInteger(file) != kVertexListBegin) {
+    ByteReader in(data);
+    if (in.int16() != kVertexListBegin) {
         raiseLibraryError("Velmora.VertexList", "Error while reading vertex list");
     }
     // Unsigned: a model holds up to 65,535 vertices.
-    const auto count = static_cast<std::size_t>(hex::readUInteger(file));
-    hex::readLong(file);  // reserved
+    const auto count = static_cast<std::size_t>(in.uint16());
+    in.int32();  // reserved
     if (count == 0) return;
 
     detail::ElementBlock<Vertex> block(count);
@@ -59,38 +32,40 @@ void VertexList::fillCollection(const std::string& data) {
     for (std::size_t i = 0; i < count; ++i) {
         yieldToHost();
         Vertex& vertex = block[i];
-        vertex.x(hex::readSingle(file));
-        vertex.y(hex::readSingle(file));
-        vertex.z(hex::readSingle(file));
-        vertex.nx(hex::readSingle(file));
-        vertex.ny(hex::readSingle(file));
-        vertex.nz(hex::readSingle(file));
-        vertex.tx(hex::readSingle(file));
-        vertex.ty(hex::readSingle(file));
+        vertex.x(in.single());
+        vertex.y(in.single());
+        vertex.z(in.single());
+        vertex.nx(in.single());
+        vertex.ny(in.single());
+        vertex.nz(in.single());
+        vertex.tx(in.single());
+        vertex.ty(in.single());
         items_.append(block.share(i));
     }
 }
 
 std::string VertexList::asString() const {
     // The count field is unsigned 16-bit; a longer list can't be saved.
-    if (items_.Count() > kMostVertices) raisePlatformError(kOverflow);
-    hex::MemoryWriter writer(static_cast<std::size_t>(items_.Count()) * 32 + 10);
-    const int16_t file = writer.file();
-    hex::writeInteger(file, kVertexListBegin);
-    hex::writeUInteger(file, items_.Count());
-    hex::writeLong(file, 0);
-    for (const auto& vertex : items_) {
-        hex::writeSingle(file, vertex->x());
-        hex::writeSingle(file, vertex->y());
-        hex::writeSingle(file, vertex->z());
-        hex::writeSingle(file, vertex->nx());
-        hex::writeSingle(file, vertex->ny());
-        hex::writeSingle(file, vertex->nz());
-        hex::writeSingle(file, vertex->tx());
-        hex::writeSingle(file, vertex->ty());
+    if (items_.Count() > kMostVertices) {
+        raisePlatformError(kOverflow, "the model holds " + numbers::formatGrouped(items_.Count()) +
+                                          " vertices; a model file holds at most 65,535");
     }
-    hex::writeInteger(file, kReturn);
-    return writer.take();
+    ByteWriter out(static_cast<std::size_t>(items_.Count()) * 32 + 10);
+    out.int16(kVertexListBegin);
+    out.uint16(items_.Count());
+    out.int32(0);
+    for (const auto& vertex : items_) {
+        out.single(vertex->x());
+        out.single(vertex->y());
+        out.single(vertex->z());
+        out.single(vertex->nx());
+        out.single(vertex->ny());
+        out.single(vertex->nz());
+        out.single(vertex->tx());
+        out.single(vertex->ty());
+    }
+    out.int16(kReturn);
+    return out.take();
 }
 
 }  // namespace velmora

@@ -3,6 +3,7 @@
 
 #include "foundation/Errors.h"
 #include "foundation/Host.h"
+#include "preview/OpenGLDrawListSink.h"
 
 namespace velmora {
 
@@ -18,6 +19,11 @@ void MDLObject::glLoadTextureList(const std::shared_ptr<OpenGLPreviewObject>& og
         // No cache: two entries with the same file get two texture names.
         entry->glPointer(oglPObj->loadTexture(entry->file()));
     }
+}
+
+void MDLObject::glGenerateDrawList() {
+    OpenGLDrawListSink sink;
+    glGenerateDrawList(sink);
 }
 
 void MDLObject::glPreparepreview(const std::shared_ptr<OpenGLPreviewObject>& oglPreview) {

@@ -1,8 +1,8 @@
 #include <velmora/BGLObject.h>
 
+#include "foundation/ByteReader.h"
 #include "foundation/Errors.h"
 #include "foundation/FileSystem.h"
-#include "foundation/HexFunctions.h"
 #include "foundation/NumberText.h"
 #include "scenery/TableBounds.h"
 
@@ -25,36 +25,44 @@ BGLObject::~BGLObject() = default;
 
 bool BGLObject::isXMLBGL(const std::string& f) {
     if (!fs::fileExists(f)) return false;
-    hex::ScopedFile scoped(hex::nextFreeFile());
-    hex::openReadOnlyFile(scoped.file(), f);
-    const bool magicFound = hex::readInteger(scoped.file()) == kXMLBGLMagic;
-    scoped.close();
-    return magicFound;
+    const std::string head = fs::readFileStart(f, 2);
+    return ByteReader(head).int16() == kXMLBGLMagic;
 }
 
 void BGLObject::readXMLBGL(const std::string& f) {
     if (!fs::fileExists(f)) return;
     // Read once and walked in memory: the tables send the walk back and forth through the
     // file, and on disk every such step costs a seek and a new read.
-    const std::string bytes = fs::readWholeFile(f);
-    hex::MemoryReader reader(bytes);
-    const int16_t file = reader.file();
+    try {
+        const std::string bytes = fs::readWholeFile(f);
+        ByteReader in(bytes);
+        scan(in);
+    } catch (Error& error) {
+        throw error.setFile(f);
+    }
+}
 
-    if (hex::readInteger(file) != kXMLBGLMagic) {
+void BGLObject::scan(ByteReader& in) {
+    if (in.int16() != kXMLBGLMagic) {
         raiseLibraryError(scenery::kSource, "This is not a valid XML style BGL file");
     }
-    hex::readString(file, 18);
-    const int16_t sectionCount = numbers::narrow16(hex::readLong(file));
-    hex::readString(file, 32);
+    in.skip(18);
+    const int32_t claimedSections = in.int32();
+    if (claimedSections > 32767 || claimedSections < -32768) {
+        raisePlatformError(
+            kOverflow, "the file claims " + numbers::formatGrouped(claimedSections) + " sections");
+    }
+    const auto sectionCount = static_cast<int16_t>(claimedSections);
+    in.skip(32);
     const int32_t firstOfThisFile = sections_->Count() + 1;
 
     // Checked before the walk, so a false count can't make records out of nothing.
-    if (!scenery::tableFitsInFile(file, kHeaderSize, sectionCount, kSectionRecordSize)) {
+    if (!scenery::tableFitsInFile(in.size(), kHeaderSize, sectionCount, kSectionRecordSize)) {
         scenery::raiseDamagedTable("section table of this BGL file");
     }
     for (int32_t i = 1; i <= sectionCount; ++i) {
         auto section = std::make_shared<XMLBGLSection>();
-        section->readFromFile(file);
+        section->readRecord(in);
         section->position_ = sections_->Count() + 1;
         sections_->Add(std::move(section));
     }
@@ -65,22 +73,22 @@ void BGLObject::readXMLBGL(const std::string& f) {
         if (section->position_ >= firstOfThisFile && section->numSubSection() > 0) {
             subSectionBytes += section->numSubSection() * kSubSectionRecordSize;
         }
-        if (subSectionBytes > hex::fileLength(file)) {
+        if (subSectionBytes > in.size()) {
             scenery::raiseDamagedTable("subsection table of " +
                                        scenery::sectionName(section->position_));
         }
-        section->readSubSections(file);
+        section->readSubSections(in);
     }
-    fillModels(file, firstOfThisFile);
+    fillModels(in, firstOfThisFile);
 }
 
-void BGLObject::fillModels(int16_t file, int32_t firstOfThisFile) {
+void BGLObject::fillModels(ByteReader& in, int32_t firstOfThisFile) {
     detail::ScanBudget thisFile;
     for (const auto& section : *sections_) {
         if (section->sectionType() != mdl) continue;
         modelList_ = std::make_shared<velmora::ModelList>();
         detail::ScanBudget anotherFile;
-        section->fillModelList(modelList_, file,
+        section->fillModelList(*modelList_, in,
                                section->position_ >= firstOfThisFile ? thisFile : anotherFile);
     }
 }

@@ -1,15 +1,13 @@
 #include "scenery/TableBounds.h"
 
 #include "foundation/Errors.h"
-#include "foundation/HexFunctions.h"
 #include "foundation/NumberText.h"
 
 namespace velmora::scenery {
 
-bool tableFitsInFile(int16_t file, int64_t offset, int64_t count, int64_t recordSize) {
+bool tableFitsInFile(int64_t length, int64_t offset, int64_t count, int64_t recordSize) {
     if (count <= 0) return true;
     if (offset < 0) return false;
-    const int64_t length = hex::fileLength(file);
     // Compared by division so that a huge count can't overflow the product.
     return offset <= length && count <= (length - offset) / recordSize;
 }

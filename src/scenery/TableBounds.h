@@ -8,9 +8,9 @@ namespace velmora::scenery {
 
 inline constexpr const char* kSource = "Velmora.BGLObject";
 
-// True when `count` records of `recordSize` bytes from the 0-based `offset` lie inside the open
-// file. An empty table always fits, wherever it claims to be.
-bool tableFitsInFile(int16_t file, int64_t offset, int64_t count, int64_t recordSize);
+// True when `count` records of `recordSize` bytes from the 0-based `offset` lie inside a file of
+// `length` bytes. An empty table always fits, wherever it claims to be.
+bool tableFitsInFile(int64_t length, int64_t offset, int64_t count, int64_t recordSize);
 
 // Raises error 100 "The <table> is damaged".
 [[noreturn]] void raiseDamagedTable(const std::string& table);

@@ -8,6 +8,7 @@
 #include <velmora/VertexList.h>
 #include <velmora/XMLBGLSectionList.h>
 
+#include "foundation/ByteReader.h"
 #include "foundation/Errors.h"
 #include "foundation/HexFunctions.h"
 #include "foundation/NumberText.h"
@@ -32,11 +33,6 @@ int64_t bytesOfEntries(const MDLObject& model) {
 // materials, and two list headers' 32,767 items each.
 constexpr int64_t kOneModelsClaims = 65535 * 32 + 32767 * (80 + 68) + 2 * 32768 * 2;
 
-// seekFile counts from 1; offsets in the file count from 0.
-void seekToOffset(int16_t file, int64_t offset) {
-    hex::seekFile(file, numbers::narrow32(offset + 1));
-}
-
 }  // namespace
 
 XMLBGLSection::XMLBGLSection() = default;
@@ -44,44 +40,51 @@ XMLBGLSection::XMLBGLSection() = default;
 XMLBGLSection::~XMLBGLSection() = default;
 
 void XMLBGLSection::readFromFile(int16_t file) {
-    sectionType_ = static_cast<XMLBGLSectionType>(hex::readLong(file));
-    hex::readLong(file);
-    numSubSection_ = hex::readLong(file);
-    offset_ = hex::readLong(file);
-    headerSize_ = hex::readLong(file);
+    hex::readThrough(file, [this](ByteReader& in) { readRecord(in); });
 }
 
 void XMLBGLSection::readSubSections(int16_t file) {
+    hex::readThrough(file, [this](ByteReader& in) { readSubSections(in); });
+}
+
+void XMLBGLSection::fillModelList(const std::shared_ptr<ModelList>& m, int16_t file) {
+    if (!m) raisePlatformError(kObjectNotSet);
+    detail::ScanBudget budget;
+    hex::readThrough(file, [&](ByteReader& in) { fillModelList(*m, in, budget); });
+}
+
+void XMLBGLSection::readRecord(ByteReader& in) {
+    sectionType_ = static_cast<XMLBGLSectionType>(in.int32());
+    in.int32();
+    numSubSection_ = in.int32();
+    offset_ = in.int32();
+    headerSize_ = in.int32();
+}
+
+void XMLBGLSection::readSubSections(ByteReader& in) {
     subSections_ = std::make_shared<XMLBGLSectionList>();
     // Checked before the walk, so a false count can't make records out of nothing.
-    if (!scenery::tableFitsInFile(file, offset_, numSubSection_, kSubSectionRecordSize)) {
+    if (!scenery::tableFitsInFile(in.size(), offset_, numSubSection_, kSubSectionRecordSize)) {
         scenery::raiseDamagedTable("subsection table of " + scenery::sectionName(position_));
     }
     if (numSubSection_ <= 0) return;
-    seekToOffset(file, offset_);
+    in.seek(offset_);
     for (int32_t k = 1; k <= numSubSection_; ++k) {
         auto subSection = std::make_shared<XMLBGLSection>();
-        hex::readLong(file);
-        subSection->numSubSection_ = hex::readLong(file);
-        subSection->offset_ = hex::readLong(file);
-        subSection->headerSize_ = hex::readLong(file);
+        in.int32();
+        subSection->numSubSection_ = in.int32();
+        subSection->offset_ = in.int32();
+        subSection->headerSize_ = in.int32();
         subSection->position_ = k;
         subSections_->Add(std::move(subSection));
     }
 }
 
-void XMLBGLSection::fillModelList(const std::shared_ptr<ModelList>& m, int16_t file) {
-    detail::ScanBudget budget;
-    fillModelList(m, file, budget);
-}
-
 // Tables or entries that all point at the same bytes, or models whose counts all claim entries
 // beyond their data, can't make a small file hold many times its size.
-void XMLBGLSection::fillModelList(const std::shared_ptr<ModelList>& m, int16_t file,
-                                  detail::ScanBudget& budget) {
-    if (!m) raisePlatformError(kObjectNotSet);
+void XMLBGLSection::fillModelList(ModelList& m, ByteReader& in, detail::ScanBudget& budget) {
     if (!subSections_) return;
-    const int64_t length = hex::fileLength(file);
+    const int64_t length = in.size();
     for (const auto& subSection : *subSections_) {
         const int64_t tableOffset = subSection->offset_;
         const int32_t count = subSection->numSubSection_;
@@ -89,33 +92,36 @@ void XMLBGLSection::fillModelList(const std::shared_ptr<ModelList>& m, int16_t f
                                   numbers::formatInteger(subSection->position_) + " of " +
                                   scenery::sectionName(position_);
         // A table or a model reaching past the end of the file is refused before anything is read.
-        if (!scenery::tableFitsInFile(file, tableOffset, count, kModelEntrySize)) {
+        if (!scenery::tableFitsInFile(length, tableOffset, count, kModelEntrySize)) {
             scenery::raiseDamagedTable(table);
         }
         int64_t& claimed = budget.tableAndModelBytes;
         if (count > 0) claimed += count * kModelEntrySize;
         if (claimed > length) scenery::raiseDamagedTable(table);
         for (int32_t j = 1; j <= count; ++j) {
-            seekToOffset(file, (j - 1) * kModelEntrySize + tableOffset);
-            for (int i = 0; i < 4; ++i)
-                hex::readLong(file);
-            const int64_t dataStart = tableOffset + hex::readLong(file);
-            const int32_t dataSize = hex::readLong(file);
+            in.seek((j - 1) * kModelEntrySize + tableOffset);
+            in.skip(16);
+            const int64_t dataStart = tableOffset + in.int32();
+            const int32_t dataSize = in.int32();
             if (dataSize > 0) claimed += dataSize;
             if (dataStart < 0 || dataSize < 0 || dataSize > length - dataStart ||
                 claimed > length) {
                 scenery::raiseDamagedTable(table);
             }
-            seekToOffset(file, dataStart);
-            const std::string bytes = hex::readString(file, dataSize);
             auto model = std::make_shared<MDLObject>();
             // The model's bytes go to the reader in memory, not through scratch files.
-            model->readMDLBytes(bytes);
+            try {
+                model->readMDLBytes(in.bytes().substr(static_cast<std::size_t>(dataStart),
+                                                      static_cast<std::size_t>(dataSize)));
+            } catch (Error& error) {
+                throw error.shiftOffset(dataStart).prependDetail(
+                    "model " + numbers::formatInteger(j) + " of the " + table);
+            }
             // Beyond the file's own bytes, the scan allows one model's worth of counts that claim
             // entries beyond their data (decoded as zeros), not one per model.
             budget.entryBytes += bytesOfEntries(*model);
             if (budget.entryBytes > length + kOneModelsClaims) scenery::raiseDamagedTable(table);
-            m->Add(std::move(model));
+            m.Add(std::move(model));
         }
     }
 }

@@ -1,4 +1,4 @@
-#include "foundation/BinaryStream.h"
+#include "foundation/FileStream.h"
 
 #include "foundation/Errors.h"
 #include "foundation/FileSystem.h"
@@ -9,57 +9,6 @@
 
 namespace velmora {
 
-void MemoryStream::read(void* target, std::size_t count) {
-    auto* out = static_cast<unsigned char*>(target);
-    std::size_t available = 0;
-    if (offset_ >= 0 && static_cast<std::size_t>(offset_) < length_) {
-        available = std::min(count, length_ - static_cast<std::size_t>(offset_));
-        std::memcpy(out, data_ + offset_, available);
-    }
-    if (available < count) std::memset(out + available, 0, count - available);
-    offset_ += static_cast<int64_t>(count);
-}
-
-void MemoryStream::makeOwned() {
-    if (viewOnly_) {
-        buffer_.assign(data_, length_);
-        data_ = buffer_.data();
-        viewOnly_ = false;
-    }
-}
-
-void MemoryStream::grow(std::size_t end) {
-    if (end <= buffer_.size()) return;
-    // Doubling keeps a long run of small writes linear; the new room is zeros.
-    buffer_.resize(std::max({end, buffer_.size() * 2, std::size_t{256}}), '\0');
-    data_ = buffer_.data();
-}
-
-void MemoryStream::reserve(std::size_t count) {
-    makeOwned();
-    grow(count);
-}
-
-void MemoryStream::write(const void* source, std::size_t count) {
-    makeOwned();
-    const auto end = static_cast<std::size_t>(offset_) + count;
-    grow(end);
-    if (count > 0) std::memcpy(buffer_.data() + offset_, source, count);
-    offset_ = static_cast<int64_t>(end);
-    if (end > length_) length_ = end;
-}
-
-std::string MemoryStream::take() {
-    makeOwned();
-    buffer_.resize(length_);
-    std::string bytes = std::move(buffer_);
-    buffer_.clear();
-    data_ = buffer_.data();
-    length_ = 0;
-    offset_ = 0;
-    return bytes;
-}
-
 FileStream::FileStream(const std::string& path, bool writable) : path_(path) {
     errno = 0;
     if (writable) {
@@ -68,7 +17,7 @@ FileStream::FileStream(const std::string& path, bool writable) : path_(path) {
     } else {
         file_ = std::fopen(path.c_str(), "rb");
     }
-    if (file_ == nullptr) raiseOpenError(errno, path);
+    if (file_ == nullptr) raiseOpenError(errno, path_);
     if (std::fseek(file_, 0, SEEK_END) == 0) knownLength_ = std::ftell(file_);
     std::fseek(file_, 0, SEEK_SET);
 }
@@ -114,7 +63,7 @@ void FileStream::write(const void* source, std::size_t count) {
         int64_t gap = offset_ - knownLength_;
         while (gap > 0) {
             const auto chunk = static_cast<std::size_t>(std::min<int64_t>(gap, sizeof zeros));
-            if (std::fwrite(zeros, 1, chunk, file_) != chunk) raiseFileError(errno);
+            if (std::fwrite(zeros, 1, chunk, file_) != chunk) raiseFileError(errno, path_);
             gap -= static_cast<int64_t>(chunk);
         }
         knownLength_ = offset_;
@@ -122,7 +71,7 @@ void FileStream::write(const void* source, std::size_t count) {
         lastWasWrite_ = true;
     }
     placeAt(true);
-    if (std::fwrite(source, 1, count, file_) != count) raiseFileError(errno);
+    if (std::fwrite(source, 1, count, file_) != count) raiseFileError(errno, path_);
     offset_ += static_cast<int64_t>(count);
     if (offset_ > knownLength_) knownLength_ = offset_;
 }
@@ -132,17 +81,13 @@ void FileStream::seek(int64_t offset) {
     positioned_ = false;
 }
 
-int64_t FileStream::length() const {
-    return knownLength_;
-}
-
 void FileStream::close() {
     if (file_ == nullptr) return;
     const bool failed = std::fflush(file_) != 0;
     const int error = errno;
     const bool closeFailed = std::fclose(file_) != 0;
     file_ = nullptr;
-    if (failed || closeFailed) raiseFileError(error);
+    if (failed || closeFailed) raiseFileError(error, path_);
 }
 
 }  // namespace velmora

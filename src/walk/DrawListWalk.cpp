@@ -5,9 +5,10 @@
 #include "foundation/Errors.h"
 #include "foundation/Host.h"
 #include "foundation/NumberText.h"
-#include "preview/OpenGLDrawListSink.h"
 
+#include <algorithm>
 #include <array>
+#include <climits>
 
 namespace velmora {
 
@@ -29,9 +30,19 @@ using Colour = std::array<float, 4>;
 constexpr Colour kWhite{1.0f, 1.0f, 1.0f, 1.0f};
 constexpr Colour kBlack{0.0f, 0.0f, 0.0f, 0.0f};
 
+using MarkPosition = Error& (Error::*)(int32_t);
+
+// The element at a 1-based position; outside the list, error 9 naming what was looked for.
 template <class T>
-const T& itemAt(const KeyedCollection<T>& list, int64_t position) {
-    if (position < 1 || position > list.Count()) raisePlatformError(kSubscriptOutOfRange);
+const T& itemAt(const KeyedCollection<T>& list, int64_t position, const char* what,
+                MarkPosition mark) {
+    if (position < 1 || position > list.Count()) {
+        Error error = platformError(kSubscriptOutOfRange);
+        (error.*mark)(static_cast<int32_t>(std::clamp<int64_t>(position, INT32_MIN, INT32_MAX)));
+        throw error.setDetail(std::string(what) + " " + numbers::formatGrouped(position - 1) +
+                              " is not in the model, which has " +
+                              numbers::formatGrouped(list.Count()));
+    }
     return *list.at0(static_cast<std::size_t>(position - 1));
 }
 
@@ -65,7 +76,8 @@ class DrawListWalk {
 
     void setMaterial(const BGLCommand& command) {
         // The material is read in both cases, so an untextured surface needs a valid one too.
-        const material& m = itemAt(materials_, numbers::toInt32(parameter(command, 0) + 1.0));
+        const material& m = itemAt(materials_, numbers::toInt32(parameter(command, 0) + 1.0),
+                                   "material", &Error::setMaterial);
         const Colour diffuse = rgba(m.Diffuse());
         const Colour ambient = rgba(m.Ambient());
         const Colour specular = rgba(m.Specular());
@@ -80,7 +92,8 @@ class DrawListWalk {
             return;
         }
         // A textured surface is lit white: its material's colours are not used.
-        const texture& t = itemAt(textures_, numbers::toInt32(textureIndex + 1.0));
+        const texture& t =
+            itemAt(textures_, numbers::toInt32(textureIndex + 1.0), "texture", &Error::setTexture);
         sink_.glBindTexture(kTexture2D, static_cast<uint32_t>(t.glPointer()));
         sink_.glMaterialfv(kFront, kDiffuse, kWhite);
         sink_.glMaterialfv(kFront, kAmbient, kWhite);
@@ -105,7 +118,9 @@ class DrawListWalk {
     // and z change places on the way to OpenGL.
     void drawTriangle(int32_t key1, int32_t key2, int32_t key3) {
         const std::array<const Vertex*, 3> corners{
-            &itemAt(vertices_, key1), &itemAt(vertices_, key2), &itemAt(vertices_, key3)};
+            &itemAt(vertices_, key1, "vertex", &Error::setVertex),
+            &itemAt(vertices_, key2, "vertex", &Error::setVertex),
+            &itemAt(vertices_, key3, "vertex", &Error::setVertex)};
         sink_.glBegin(kPolygon);
         sink_.glNormal3f(corners[0]->nx(), corners[0]->nz(), corners[0]->ny());
         for (const Vertex* v : corners) {
@@ -124,11 +139,6 @@ class DrawListWalk {
 
 }  // namespace
 
-void MDLObject::glGenerateDrawList() {
-    OpenGLDrawListSink sink;
-    glGenerateDrawList(sink);
-}
-
 void MDLObject::glGenerateDrawList(DrawListSink& sink) {
     const velmora::BGLCommandList& commands = required(commandList_);
     DrawListWalk walk(required(materialList_), required(textureList_), required(vertexList_), sink);
@@ -137,25 +147,31 @@ void MDLObject::glGenerateDrawList(DrawListSink& sink) {
     sink.glNewList(static_cast<uint32_t>(drawListId_), kCompile);
     // A flat pass in file order: jumps are not followed and tests not evaluated, so every
     // triangle of the stream is drawn.
-    for (const auto& element : commands.commands()) {
-        yieldToHost();
-        const BGLCommand& command = *element;
-        switch (command.opcode()) {
-            case BGL_ZBIAS:
-                walk.zBias(command);
-                break;
-            case SET_MATERIAL:
-                walk.setMaterial(command);
-                break;
-            case DRAW_TRI_LIST_BEGIN:
-                walk.beginTriangleList(command);
-                break;
-            case DRAW_TRI_LIST_ITEM:
-                walk.triangle(command);
-                break;
-            default:
-                break;
+    int32_t position = 0;
+    try {
+        for (const auto& element : commands.commands()) {
+            yieldToHost();
+            ++position;
+            const BGLCommand& command = *element;
+            switch (command.opcode()) {
+                case BGL_ZBIAS:
+                    walk.zBias(command);
+                    break;
+                case SET_MATERIAL:
+                    walk.setMaterial(command);
+                    break;
+                case DRAW_TRI_LIST_BEGIN:
+                    walk.beginTriangleList(command);
+                    break;
+                case DRAW_TRI_LIST_ITEM:
+                    walk.triangle(command);
+                    break;
+                default:
+                    break;
+            }
         }
+    } catch (Error& error) {
+        throw error.setCommand(position);
     }
     sink.glEndList();
 }
