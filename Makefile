@@ -17,8 +17,8 @@ test: setup
 	@cmake --build build/test -j $(JOBS)
 	@cd build/test && ctest --output-on-failure -j $(JOBS)
 	@cmake -S . -B build/tsan -DCMAKE_BUILD_TYPE=Debug -DVELMORA_TSAN=ON -DVELMORA_PREVIEW=OFF -DVELMORA_BUILD_BENCH=OFF >/dev/null
-	@cmake --build build/tsan -j $(JOBS) --target test_threads
-	@cd build/tsan && ctest --output-on-failure -R ConcurrentModels
+	@cmake --build build/tsan -j $(JOBS) --target test_threads record_walk
+	@cd build/tsan && ctest --output-on-failure -R 'ConcurrentModels|CoreWithoutPreview'
 
 clean:
 	rm -rf build

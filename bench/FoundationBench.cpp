@@ -1,5 +1,9 @@
-// Typed reads and writes of a few megabytes through the in-memory stream and a real file.
+// Typed reads and writes of a few megabytes: the library's readers and writers over memory and
+// a file, and the same through file numbers.
+#include "foundation/ByteReader.h"
+#include "foundation/ByteWriter.h"
 #include "foundation/HexFunctions.h"
+#include "foundation/OutputFile.h"
 
 #include <benchmark/benchmark.h>
 
@@ -17,6 +21,33 @@ void writeValues(int16_t file) {
     for (int i = 0; i < kValues; ++i)
         hex::writeLong(file, i);
 }
+
+void BM_WriterWriteLong(benchmark::State& state) {
+    for (auto _ : state) {
+        ByteWriter out;
+        for (int i = 0; i < kValues; ++i)
+            out.int32(i);
+        benchmark::DoNotOptimize(out.take());
+    }
+    state.SetBytesProcessed(state.iterations() * kValues * 4);
+}
+BENCHMARK(BM_WriterWriteLong)->Unit(benchmark::kMillisecond);
+
+void BM_ReaderReadLong(benchmark::State& state) {
+    ByteWriter out;
+    for (int i = 0; i < kValues; ++i)
+        out.int32(i);
+    const std::string bytes = out.take();
+    for (auto _ : state) {
+        ByteReader in(bytes);
+        int64_t sum = 0;
+        for (int i = 0; i < kValues; ++i)
+            sum += in.int32();
+        benchmark::DoNotOptimize(sum);
+    }
+    state.SetBytesProcessed(state.iterations() * kValues * 4);
+}
+BENCHMARK(BM_ReaderReadLong)->Unit(benchmark::kMillisecond);
 
 void BM_MemoryWriteLong(benchmark::State& state) {
     for (auto _ : state) {
@@ -46,6 +77,19 @@ BENCHMARK(BM_MemoryReadLong)->Unit(benchmark::kMillisecond);
 std::string benchFile() {
     return (std::filesystem::temp_directory_path() / "velmora-bench.bin").string();
 }
+
+void BM_OutputFileWriteLong(benchmark::State& state) {
+    const std::string path = benchFile();
+    for (auto _ : state) {
+        OutputFile file(path);
+        for (int i = 0; i < kValues; ++i)
+            file.writer().int32(i);
+        file.close();
+    }
+    std::remove(path.c_str());
+    state.SetBytesProcessed(state.iterations() * kValues * 4);
+}
+BENCHMARK(BM_OutputFileWriteLong)->Unit(benchmark::kMillisecond);
 
 void BM_FileWriteLong(benchmark::State& state) {
     const std::string path = benchFile();

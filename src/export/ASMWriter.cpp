@@ -18,12 +18,6 @@ namespace {
 // The index of a texture line starts at this column (1-based), as a print tab would place it.
 constexpr std::size_t kIndexColumn = 32;
 
-template <class List>
-const List& required(const std::shared_ptr<List>& list) {
-    if (!list) raisePlatformError(kObjectNotSet);
-    return *list;
-}
-
 // One texture line: the name, a print tab to column 32, then the index printed as a plain
 // number is, with a blank where a plus sign would stand and a blank behind it. A name that
 // already runs past column 31 gets one blank instead, so each texture keeps a line of its own.

@@ -27,12 +27,6 @@ enum Opcode : int16_t {
 constexpr int32_t kPaletteColors = 1024;
 constexpr std::string_view kOpaqueWhite = "\xFF\xFF\xFF\xFF";
 
-template <class List>
-const List& required(const std::shared_ptr<List>& list) {
-    if (!list) raisePlatformError(kObjectNotSet);
-    return *list;
-}
-
 void writeRgb(flt::BigEndianRecord& out, const color& c) {
     out.single(c.r());
     out.single(c.g());

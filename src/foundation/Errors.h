@@ -3,6 +3,7 @@
 #include <velmora/Error.h>
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <system_error>
 
@@ -39,5 +40,12 @@ Error platformError(int32_t number);
 // the file when `path` is given.
 [[noreturn]] void raiseFileError(std::error_code code, const std::string& path = "");
 [[noreturn]] void raiseFileError(int errnoValue, const std::string& path = "");
+
+// The object behind a shared reference that a member needs; error 91 when there is none.
+template <class T>
+T& required(const std::shared_ptr<T>& object) {
+    if (!object) raisePlatformError(kObjectNotSet);
+    return *object;
+}
 
 }  // namespace velmora

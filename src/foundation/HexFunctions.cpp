@@ -305,16 +305,4 @@ std::string MemoryWriter::take() {
     return takeMemoryBytes(file_);
 }
 
-ScopedFile::~ScopedFile() {
-    try {
-        closeFile(file_);
-    } catch (const Error&) {
-        // An error is already on its way out; the close of the remains doesn't add to it.
-    }
-}
-
-void ScopedFile::close() {
-    closeFile(file_);
-}
-
 }  // namespace velmora::hex

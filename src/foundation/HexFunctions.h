@@ -101,19 +101,4 @@ class MemoryWriter {
     int16_t file_;
 };
 
-// Closes a file number on the way out of a scope, also when an error passes.
-class ScopedFile {
-  public:
-    explicit ScopedFile(int16_t file) : file_(file) {}
-    ~ScopedFile();
-    ScopedFile(const ScopedFile&) = delete;
-    ScopedFile& operator=(const ScopedFile&) = delete;
-    int16_t file() const { return file_; }
-    // Closes now, so that an error of the close reaches the caller.
-    void close();
-
-  private:
-    int16_t file_;
-};
-
 }  // namespace velmora::hex

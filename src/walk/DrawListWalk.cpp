@@ -46,12 +46,6 @@ const T& itemAt(const KeyedCollection<T>& list, int64_t position, const char* wh
     return *list.at0(static_cast<std::size_t>(position - 1));
 }
 
-template <class List>
-const List& required(const std::shared_ptr<List>& list) {
-    if (!list) raisePlatformError(kObjectNotSet);
-    return *list;
-}
-
 Colour rgba(const std::shared_ptr<color>& c) {
     if (!c) raisePlatformError(kObjectNotSet);
     return {c->r(), c->g(), c->b(), c->a()};

@@ -21,18 +21,19 @@ namespace {
 
 constexpr int kSize = 256;
 
-// A flat 2 x 1 plate in the model's x-z plane, facing up its y axis: the left half in a red
-// material, the right half textured. Seen from above, it is wider than tall.
+// A flat 2 x 1 plate in the model's x-z plane at x 2..4, y 0.5, z 1..2, facing up its y axis:
+// the left half in a red material, the right half textured. Seen from above, it is wider than
+// tall; lying off the origin in every axis, it shows a slip in the centring of any of them.
 std::string plateModel(std::vector<std::string> textures = {"plate.bmp"}) {
     Model m;
-    m.box = {-1, 0, -0.5f, 1, 0, 0.5f};
+    m.box = {2, 0.5f, 1, 4, 0.5f, 2};
     m.materials = {{{1, 0, 0, 1}, {1, 0, 0, 1}, {0, 0, 0, 1}, {0, 0, 0, 1}, 0}};
     m.textures = std::move(textures);
-    for (float left : {-1.0f, 0.0f}) {
-        m.vertices.push_back({left, 0, -0.5f, 0, 1, 0, 0, 0});
-        m.vertices.push_back({left + 1, 0, -0.5f, 0, 1, 0, 1, 0});
-        m.vertices.push_back({left + 1, 0, 0.5f, 0, 1, 0, 1, 1});
-        m.vertices.push_back({left, 0, 0.5f, 0, 1, 0, 0, 1});
+    for (float left : {2.0f, 3.0f}) {
+        m.vertices.push_back({left, 0.5f, 1, 0, 1, 0, 0, 0});
+        m.vertices.push_back({left + 1, 0.5f, 1, 0, 1, 0, 1, 0});
+        m.vertices.push_back({left + 1, 0.5f, 2, 0, 1, 0, 1, 1});
+        m.vertices.push_back({left, 0.5f, 2, 0, 1, 0, 0, 1});
     }
     m.commands = setMaterial(0, -1) + triangleList(0, {{0, 1, 2}, {0, 2, 3}}) + setMaterial(0, 0) +
                  triangleList(4, {{0, 1, 2}, {0, 2, 3}}) + bglEnd();
@@ -84,6 +85,26 @@ void writeSolidBMP(const std::string& path, BYTE r, BYTE g, BYTE b) {
     FreeImage_FillBackground(bitmap, &colour, 0);
     ASSERT_TRUE(FreeImage_Save(FIF_BMP, bitmap, path.c_str(), 0));
     FreeImage_Unload(bitmap);
+}
+
+// A PNG file's pixels as RGB, rows from top to bottom.
+std::vector<uint8_t> pngPixels(const std::string& path) {
+    FIBITMAP* loaded = FreeImage_Load(FIF_PNG, path.c_str(), 0);
+    FIBITMAP* bitmap = FreeImage_ConvertTo24Bits(loaded);
+    const int width = static_cast<int>(FreeImage_GetWidth(bitmap));
+    const int height = static_cast<int>(FreeImage_GetHeight(bitmap));
+    std::vector<uint8_t> rgb;
+    for (int y = height - 1; y >= 0; --y) {
+        const BYTE* row = FreeImage_GetScanLine(bitmap, y);
+        for (int x = 0; x < width; ++x) {
+            rgb.push_back(row[3 * x + FI_RGBA_RED]);
+            rgb.push_back(row[3 * x + FI_RGBA_GREEN]);
+            rgb.push_back(row[3 * x + FI_RGBA_BLUE]);
+        }
+    }
+    FreeImage_Unload(bitmap);
+    FreeImage_Unload(loaded);
+    return rgb;
 }
 
 class FrameDrawing : public ::testing::Test {
@@ -157,6 +178,12 @@ TEST_F(FrameDrawing, ShowsThePlateCentredAndFollowsTheView) {
     const Frame turned = draw(model, 90, 0, 0, 0, 100);
     EXPECT_NEAR(turned.right - turned.left + 1, 115, 3);
     EXPECT_NEAR(turned.bottom - turned.top + 1, 229, 3);
+    EXPECT_NEAR(turned.centreY, 127.5, 1.5);
+    // Red at one end and green at the other: the PNG keeps the surface's rows in their order.
+    EXPECT_NE(turned.at(128, 70).g, turned.at(128, 186).g);
+    const std::string png = dir_.file("turned.png");
+    savePreviewSurfacePNG(surface_, png);
+    EXPECT_EQ(pngPixels(png), turned.rgb);
 
     // A zoom or a height of 0 raises error 11 and leaves the last frame as it was.
     const float twips = kSize * TwipsPerPixelX();

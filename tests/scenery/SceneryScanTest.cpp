@@ -187,6 +187,9 @@ TEST_F(Scan, ATableThatCannotFitInTheFileIsDamaged) {
          "The model table of subsection 2 of section 2 is damaged", 2},
         {at[6] + 16, -0x10000, "The model table of subsection 2 of section 2 is damaged", 2},
         {at[6] + 20, -1, "The model table of subsection 2 of section 2 is damaged", 2},
+        // Data that runs past the end while the sizes claimed still add up to less than the file.
+        {at[6] + 16, std::ssize(good) - std::ssize(model(3)) / 2 - at[6],
+         "The model table of subsection 2 of section 2 is damaged", 2},
     };
     int n = 0;
     for (const Case& c : cases) {
