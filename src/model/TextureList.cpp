@@ -4,31 +4,24 @@
 #include "foundation/ByteWriter.h"
 #include "foundation/Errors.h"
 #include "foundation/NumberText.h"
-#include "model/ElementBlock.h"
+#include "model/TableSection.h"
 
 namespace velmora {
 
 namespace {
 
 constexpr int16_t kTextureListBegin = 183;
-constexpr int16_t kReturn = 34;
+constexpr std::size_t kTextureBytes = 80;
 constexpr int16_t kBitmapField = 64;
 
 }  // namespace
 
 void TextureList::fillCollection(const std::string& data) {
     ByteReader in(data);
-    if (in.int16() != kTextureListBegin) {
-        raiseLibraryError("Velmora.TextureList", "No valid texture list data in string");
-    }
-    const int16_t count = in.int16();
-    in.int32();  // reserved
-    if (count <= 0) return;
-
-    detail::ElementBlock<texture> block(static_cast<std::size_t>(count));
-    items_.reserve(items_.elements().size() + static_cast<std::size_t>(count));
-    for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
-        texture& entry = block[i];
+    const std::size_t count =
+        detail::readTableHead(in, kTextureListBegin, detail::CountWord::Signed,
+                              "Velmora.TextureList", "No valid texture list data in string");
+    detail::appendEntries(items_, count, [&in](texture& entry) {
         entry.textureType(static_cast<velmora::textureType>(in.int32()));
         // The colour bytes stand as blue, alpha, red, green.
         velmora::color& shade = *entry.color();
@@ -39,35 +32,29 @@ void TextureList::fillCollection(const std::string& data) {
         in.int32();  // reserved
         entry.size(in.single());
         entry.bitmap(in.text(kBitmapField));
-        items_.append(block.share(i));
-    }
+    });
 }
 
 std::string TextureList::asString() const {
-    const int16_t count = numbers::narrow16(items_.Count());
-    ByteWriter out(static_cast<std::size_t>(count) * 80 + 10);
-    out.int16(kTextureListBegin);
-    out.int16(count);
-    out.int32(0);
     int32_t position = 0;
-    for (const auto& entry : items_) {
+    const auto writeEntry = [&position](ByteWriter& out, const texture& entry) {
         ++position;
         try {
-            const velmora::color& shade = *entry->color();
-            out.int32(entry->textureType());
+            const velmora::color& shade = *entry.color();
+            out.int32(entry.textureType());
             out.byte(numbers::toByte(shade.Bi()));
             out.byte(numbers::toByte(shade.Ai()));
             out.byte(numbers::toByte(shade.Ri()));
             out.byte(numbers::toByte(shade.Gi()));
             out.int32(0);
-            out.single(entry->size());
-            out.field(entry->bitmap(), kBitmapField);
+            out.single(entry.size());
+            out.field(entry.bitmap(), kBitmapField);
         } catch (Error& error) {
-            throw error.setSection("TEXT").setTexture(position);
+            throw error.setTexture(position);
         }
-    }
-    out.int16(kReturn);
-    return out.take();
+    };
+    return detail::writeTable(items_, kTextureListBegin, detail::CountWord::Signed, kTextureBytes,
+                              writeEntry);
 }
 
 int16_t TextureList::findTextureIndex(int16_t parent, int16_t season) const {
