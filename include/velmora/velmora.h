@@ -12,6 +12,7 @@
 #include <velmora/ConditionList.h>
 #include <velmora/DrawListSink.h>
 #include <velmora/Error.h>
+#include <velmora/GuardAnalysis.h>
 #include <velmora/Host.h>
 #include <velmora/IndexKey.h>
 #include <velmora/KeyedCollection.h>
@@ -26,6 +27,7 @@
 #include <velmora/Version.h>
 #include <velmora/Vertex.h>
 #include <velmora/VertexList.h>
+#include <velmora/Windows1252.h>
 #include <velmora/XMLBGLSection.h>
 #include <velmora/XMLBGLSectionList.h>
 #include <velmora/color.h>

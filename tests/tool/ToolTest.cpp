@@ -1,22 +1,27 @@
 #include <velmora/velmora.h>
 
+#include "support/ModelBytes.h"
+#include "support/StreamAssembler.h"
 #include "support/TempDir.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#ifdef VELMORA_HAS_PREVIEW
-#include <FreeImage.h>
-#endif
-
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include <array>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
+#include <regex>
 #include <string>
 
 namespace {
+
+using namespace bgltest;
+using nlohmann::json;
+namespace stdfs = std::filesystem;
 
 struct ToolRun {
     int status = -1;
@@ -24,31 +29,56 @@ struct ToolRun {
     std::string err;
 };
 
-// Runs the velmora tool with `args` (already quoted for the shell).
-ToolRun runTool(const std::string& args) {
+// Runs the velmora tool with `args` (already quoted for the shell) in `folder`.
+ToolRun runTool(const std::string& args, const std::string& folder = ".") {
     static int counter = 0;
-    const std::string errFile = std::filesystem::temp_directory_path().string() +
-                                "/velmora-tool-test-" + std::to_string(getpid()) + "-" +
-                                std::to_string(counter++) + ".err";
+    const std::string errFile = stdfs::temp_directory_path().string() + "/velmora-tool-test-" +
+                                std::to_string(getpid()) + "-" + std::to_string(counter++);
     // Mesa's software renderer keeps a little memory until the process ends; that is not ours.
-    const std::string line = "LSAN_OPTIONS=suppressions=" VELMORA_TOOL_TEST_DIR
-                             "/lsan-suppressions.txt " +
-                             std::string(VELMORA_TOOL) + " " + args + " 2>" + errFile;
+    const std::string line = "cd '" + folder + "' && LSAN_OPTIONS=suppressions=" +
+                             VELMORA_TOOL_TEST_DIR "/lsan-suppressions.txt " VELMORA_TOOL " " +
+                             args + " 2>" + errFile;
     ToolRun run;
     FILE* pipe = popen(line.c_str(), "r");
     std::array<char, 4096> buffer{};
-    std::size_t got = 0;
-    while ((got = fread(buffer.data(), 1, buffer.size(), pipe)) > 0)
+    for (std::size_t got; (got = fread(buffer.data(), 1, buffer.size(), pipe)) > 0;)
         run.out.append(buffer.data(), got);
     const int raw = pclose(pipe);
     run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
     run.err = readFile(errFile);
-    std::filesystem::remove(errFile);
+    stdfs::remove(errFile);
     return run;
 }
 
-std::string quoted(const std::string& path) {
+std::string q(const std::string& path) {
     return "'" + path + "'";
+}
+
+// A triangle drawn with texture 0, then the end of the body.
+void appendBody(StreamAssembler& a) {
+    a.add(velmora::SET_MATERIAL, {w(0), w(0)});
+    a.add(velmora::DRAW_TRI_LIST_BEGIN, {w(0), w(0), w(3)});
+    a.add(velmora::DRAW_TRI_LIST_ITEM, {w(0), w(1), w(2)});
+    a.add(velmora::BGL_RETURN);
+}
+
+std::string modelOf(const StreamAssembler& stream,
+                    std::vector<std::string> textures = {"wall.bmp", "unused.bmp"}) {
+    modelbytes::Model m;
+    m.materials = {{}};
+    m.textures = std::move(textures);
+    m.vertices = {{0, 0, 0, 0, 1, 0, 0, 0}, {2, 0, 0, 0, 1, 0, 1, 0}, {2, 0, 2, 0, 1, 0, 1, 1}};
+    m.commands = stream.bytes();
+    return m.bytes();
+}
+
+// The call at 0, BGL_END at 1, the body from 2.
+StreamAssembler plainCall() {
+    StreamAssembler a;
+    a.add(velmora::BGL_CALL_32, {jl(2)});
+    a.add(velmora::BGL_END);
+    appendBody(a);
+    return a;
 }
 
 // Fresh samples, made by the sample program, in a folder of their own.
@@ -56,26 +86,44 @@ class ToolTest : public ::testing::Test {
   protected:
     void SetUp() override {
         const std::string line =
-            std::string(VELMORA_MAKE_SAMPLES) + " " + quoted(dir.file("samples")) + " >/dev/null";
+            std::string(VELMORA_MAKE_SAMPLES) + " " + q(dir.file("samples")) + " >/dev/null";
         ASSERT_EQ(std::system(line.c_str()), 0);
     }
     std::string sample(const std::string& name) const { return dir.file("samples/" + name); }
+    std::string write(const std::string& name, const std::string& bytes) const {
+        writeFile(dir.file(name), bytes);
+        return dir.file(name);
+    }
+    // A model built by the library: the plain call under these conditions.
+    std::string conditioned(const std::string& name, velmora::eMultiCondition combination,
+                            std::vector<std::shared_ptr<velmora::Condition>> conditions) {
+        velmora::MDLObject model;
+        model.readMDLBytes(modelOf(plainCall()));
+        auto list = model.BGLCommandList()->getConditions(-1);
+        for (auto& c : conditions)
+            list->Add(c);
+        list->multiCondition(combination);
+        model.BGLCommandList()->addCondition(list);
+        model.saveMDL(dir.file(name));
+        return dir.file(name);
+    }
+    json info(const std::string& path) {
+        const ToolRun run = runTool("info --json " + q(path));
+        EXPECT_EQ(run.status, 0) << run.err;
+        return json::parse(run.out);
+    }
 
     TempDir dir;
 };
 
-int countLines(const std::string& text, const std::string& prefix = "") {
-    int lines = 0;
-    std::size_t start = 0;
-    while (start < text.size()) {
-        const auto end = text.find('\n', start);
-        const std::string line =
-            text.substr(start, end == std::string::npos ? std::string::npos : end - start);
-        if (line.rfind(prefix, 0) == 0) ++lines;
-        if (end == std::string::npos) break;
-        start = end + 1;
-    }
-    return lines;
+std::shared_ptr<velmora::Condition> condition(velmora::CondType type, const char* var, int min,
+                                              int max = 0) {
+    auto c = std::make_shared<velmora::Condition>();
+    c->cType(type);
+    c->var(var);
+    c->min(static_cast<int16_t>(min));
+    c->max(static_cast<int16_t>(max));
+    return c;
 }
 
 }  // namespace
@@ -89,146 +137,251 @@ TEST_F(ToolTest, CommittedSamplesAreWhatTheSampleProgramMakes) {
     }
 }
 
-TEST_F(ToolTest, InfoShowsTablesConditionsAndShadowAsTextAndJson) {
-    ToolRun text = runTool("info " + quoted(sample("building.mdl")));
-    ASSERT_EQ(text.status, 0) << text.err;
-    EXPECT_NE(text.out.find("\"BGL \""), std::string::npos);
-    EXPECT_NE(text.out.find("wall_summer.bmp"), std::string::npos);
-    EXPECT_NE(text.out.find("drawn when variable 798 between 2 and 5"), std::string::npos)
-        << text.out;
-    EXPECT_NE(text.out.find("Kill shadow     no"), std::string::npos);
-
-    ToolRun json = runTool("info --json " + quoted(sample("lightpad.mdl")));
-    ASSERT_EQ(json.status, 0) << json.err;
-    const auto info = nlohmann::json::parse(json.out);
-    EXPECT_TRUE(info["killShadow"].get<bool>());
-    EXPECT_EQ(info["counts"]["vertices"], 4);
-    EXPECT_EQ(info["counts"]["materials"], 1);
-
-    ToolRun tree = runTool("info --json " + quoted(sample("tree.mdl")));
-    const auto treeInfo = nlohmann::json::parse(tree.out);
-    EXPECT_EQ(treeInfo["conditions"]["list"][0]["type"], "Rotate to user");
-}
-
-TEST_F(ToolTest, CommandsListsEveryCommandWithItsJumps) {
-    ToolRun run = runTool("commands " + quoted(sample("building.mdl")));
-    ASSERT_EQ(run.status, 0) << run.err;
-    velmora::MDLObject model;
-    model.readMDL(sample("building.mdl"));
-    EXPECT_EQ(countLines(run.out), model.BGLCommandList()->Count());
-    EXPECT_NE(run.out.find("1  IFIN1 "), std::string::npos) << run.out;
-    EXPECT_NE(run.out.find("BGL_CALL_32 "), std::string::npos);
-    EXPECT_NE(run.out.find(" -> "), std::string::npos);
-}
-
-TEST_F(ToolTest, EditWritesTheChangedModelOnlyWithAnOutput) {
-    const std::string out = dir.file("edited.mdl");
-    ToolRun dry = runTool("edit " + quoted(sample("building.mdl")) + " --add-kill-shadow");
-    EXPECT_EQ(dry.status, 0);
-    EXPECT_NE(dry.out.find("nothing written"), std::string::npos);
-
-    ToolRun run =
-        runTool("edit " + quoted(sample("lightpad.mdl")) + " -o " + quoted(out) +
-                " --remove-kill-shadow --fix-lights --set-isft 'edited' --clear-conditions"
-                " --condition 'between 798 1 5' --condition 'mask 120 4' --combine or");
-    ASSERT_EQ(run.status, 0) << run.err;
-    velmora::MDLObject edited;
-    edited.readMDL(out);
-    EXPECT_EQ(edited.getISFT(), "edited");
-    EXPECT_EQ(edited.getRIFFSectionSize(edited.getRIFFSectionIndex("SHAD")), 0);
-    int lights = 0;
-    for (const auto& command : *edited.BGLCommandList()) {
-        if (command->opcode() == velmora::BGL_LIGHT) ++lights;
-        EXPECT_NE(command->opcode(), velmora::VAR_BASE_OVERRIDE)
-            << "fixed lights lose their overrides";
+TEST_F(ToolTest, InfoShowsTheGuardAsItReallyEvaluates) {
+    using namespace velmora;
+    const auto between = condition(Between, "798", 3, 5);
+    const auto mask12 = condition(mask, "120", 1);
+    const auto other = condition(Between, "120", 1, 4);
+    StreamAssembler ifin2;  // IFIN2 fails to the command behind the call
+    ifin2.add(IFIN2, {jw(2), w(798), w(3), w(5), w(906), w(1), w(365)});
+    ifin2.add(BGL_CALL_32, {jl(3)});
+    ifin2.add(BGL_END);
+    appendBody(ifin2);
+    StreamAssembler mixed;  // an IFIN1, a size test and a SETWRD in front of the call
+    mixed.add(IFIN1, {jw(4), w(798), w(3), w(5)});
+    mixed.add(IFSIZEV, {jw(4), w(100), w(4)});
+    mixed.add(SETWRD, {w(900), w(1)});
+    mixed.add(BGL_CALL_32, {jl(5)});
+    mixed.add(BGL_END);
+    appendBody(mixed);
+    struct Case {
+        std::string path;
+        std::string formula;
+        bool canRewrite;
+        const char* combine;  // as the editor reads it
+    };
+    const Case cases[] = {
+        {write("ifin2.mdl", modelOf(ifin2)), "(798 in 3..5 and 906 in 1..365)", false, "and"},
+        {write("mixed.mdl", modelOf(mixed)), "798 in 3..5 and size(100) >= 4 px", false, "and"},
+        {conditioned("and.mdl", mAND, {between, mask12}), "798 in 3..5 and (120 & 1)", true, "and"},
+        // Under or, not and nor the mask test stands behind a jump and is never reached.
+        {conditioned("or.mdl", mOR, {between, mask12}), "798 in 3..5", false, "and"},
+        {conditioned("not.mdl", mNOT, {between, mask12}), "798 not in 3..5", false, "and"},
+        {conditioned("nor.mdl", mNOR, {between, mask12}), "798 not in 3..5", false, "and"},
+        {conditioned("or2.mdl", mOR, {between, other}), "120 in 1..4 or 798 in 3..5", true, "or"},
+        {conditioned("not2.mdl", mNOT, {between, other}), "not (120 in 1..4 or 798 in 3..5)", true,
+         "not"},
+        {conditioned("nor2.mdl", mNOR, {between, other}), "not (120 in 1..4 and 798 in 3..5)", true,
+         "nor"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.path);
+        const json guard = info(c.path)["guard"];
+        EXPECT_EQ(guard["formula"], c.formula);
+        EXPECT_EQ(guard["editor"]["canRewrite"], c.canRewrite);
+        EXPECT_EQ(guard["editor"]["combine"], c.combine);
+        const ToolRun text = runTool("info " + q(c.path));
+        EXPECT_NE(text.out.find("drawn when " + c.formula + " ("), std::string::npos) << text.out;
     }
-    EXPECT_EQ(lights, 4);
-    const auto conditions = edited.BGLCommandList()->getConditions(-1);
-    ASSERT_EQ(conditions->Count(), 2);
-    EXPECT_EQ(conditions->Item(1)->cType(), velmora::Between);
-    EXPECT_EQ(conditions->Item(2)->cType(), velmora::mask);
+    const json mixedGuard = info(cases[1].path)["guard"];
+    EXPECT_EQ(mixedGuard["otherCommands"][0]["opcode"], "SETWRD");
+    EXPECT_FALSE(info(cases[3].path)["guard"]["tests"][1]["reachable"].get<bool>());
 }
 
-TEST_F(ToolTest, ExportsWriteTheListingAndTheDatabase) {
-    ToolRun asmRun = runTool("export-asm " + quoted(sample("building.mdl")) + " -o " +
-                             quoted(dir.file("b.asm")));
-    ASSERT_EQ(asmRun.status, 0) << asmRun.err;
-    EXPECT_NE(readFile(dir.file("b.asm")).find("; Start of BGL command list\r\n"),
-              std::string::npos);
-
-    ToolRun flt = runTool("export-flt " + quoted(sample("building.mdl")) + " -o " +
-                          quoted(dir.file("b.flt")) + " --tex-format png");
-    ASSERT_EQ(flt.status, 0) << flt.err;
-    EXPECT_GT(std::filesystem::file_size(dir.file("b.flt")), 4880u);
-    EXPECT_TRUE(std::filesystem::exists(dir.file("wall_summer.png.attr")));
-
-    ToolRun noAttr = runTool("export-flt " + quoted(sample("tree.mdl")) + " -o " +
-                             quoted(dir.file("t.flt")) + " --no-attr");
-    EXPECT_EQ(noAttr.status, 0) << noAttr.err;
-}
-
-TEST_F(ToolTest, ScanListsAndExtractsTheModelsOfACompiledFile) {
-    std::filesystem::create_directories(dir.file("models"));
-    ToolRun run = runTool("scan --json " + quoted(sample("scenery.bgl")) + " --extract " +
-                          quoted(dir.file("models")));
-    ASSERT_EQ(run.status, 0) << run.err;
-    const auto scan = nlohmann::json::parse(run.out);
-    ASSERT_EQ(scan["models"].size(), 3u);
-    EXPECT_EQ(readFile(dir.file("models/model_001.mdl")), readFile(sample("building.mdl")));
-    EXPECT_EQ(readFile(dir.file("models/model_003.mdl")), readFile(sample("tree.mdl")));
-    ToolRun text = runTool("scan " + quoted(sample("scenery.bgl")));
-    EXPECT_NE(text.out.find("3 model(s)"), std::string::npos);
-}
-
-TEST_F(ToolTest, BadInputsGiveOneClearLineAndAFailingStatus) {
-    writeFile(dir.file("junk.mdl"), "this is not a model");
-    ToolRun bad = runTool("info " + quoted(dir.file("junk.mdl")));
-    EXPECT_EQ(bad.status, 1);
-    EXPECT_EQ(
-        bad.err,
-        "velmora: error 100 (Velmora.MDLObject): This is not a valid RIFF scenery MDL file\n");
-
-    ToolRun missing = runTool("info " + quoted(dir.file("missing.mdl")));
-    EXPECT_EQ(missing.status, 1);
-    EXPECT_EQ(countLines(missing.err), 1);
-    EXPECT_NE(missing.err.find("no such file"), std::string::npos);
-
-    ToolRun option = runTool("edit " + quoted(sample("tree.mdl")) + " --rotate sideways");
-    EXPECT_EQ(option.status, 2);
-    EXPECT_EQ(countLines(option.err), 1) << option.err;
-
-    ToolRun failed = runTool("export-asm " + quoted(sample("tree.mdl")) + " -o " +
-                             quoted(dir.file("none/x.asm")));
-    EXPECT_NE(failed.status, 0);
-    EXPECT_FALSE(std::filesystem::exists(dir.file("none")));
-
-    for (const char* command :
-         {"info", "commands", "render", "export-asm", "export-flt", "edit", "scan"}) {
-        ToolRun help = runTool(std::string(command) + " --help");
-        EXPECT_EQ(help.status, 0) << command;
-        EXPECT_NE(help.out.find("Usage"), std::string::npos) << command;
+TEST_F(ToolTest, EditRefusesToLoseCommandsUnlessForcedAndChecksWhatItWrote) {
+    StreamAssembler ifin2;
+    ifin2.add(velmora::IFIN2, {jw(2), w(798), w(3), w(5), w(906), w(1), w(365)});
+    ifin2.add(velmora::BGL_CALL_32, {jl(3)});
+    ifin2.add(velmora::BGL_END);
+    appendBody(ifin2);
+    const std::string input = write("ifin2.mdl", modelOf(ifin2));
+    const std::string before = readFile(input);
+    const std::string out = dir.file("out.mdl");
+    struct Case {
+        std::string args;
+        const char* message;
+    };
+    const Case refusals[] = {
+        {q(input) + " --condition 'mask 120 1'",
+         "command 1 (IFIN2 (798 in 3..5 and 906 in "
+         "1..365)) would be deleted"},
+        {q(input) + " --rotate user", "would be deleted"},
+        {q(sample("building.mdl")) + " --clear-conditions --condition 'between 798 3 5' "
+                                     "--condition 'mask 120 1' --combine or",
+         "command 4 (IFMSK (120 & 1)) could never be reached"},
+    };
+    for (const Case& c : refusals) {
+        const ToolRun run = runTool("edit " + c.args + " -o " + q(out));
+        EXPECT_EQ(run.status, 1) << c.args;
+        EXPECT_NE(run.err.find(c.message), std::string::npos) << run.err;
+        EXPECT_NE(run.err.find("--force"), std::string::npos) << run.err;
+        EXPECT_FALSE(stdfs::exists(out)) << c.args;
     }
+    EXPECT_EQ(readFile(input), before) << "the input is untouched";
+
+    const ToolRun forced =
+        runTool("edit " + q(input) + " -o " + q(out) + " --condition 'mask 120 1' --force");
+    ASSERT_EQ(forced.status, 0) << forced.err;
+    EXPECT_NE(forced.out.find("forced: command 1 (IFIN2"), std::string::npos) << forced.out;
+    EXPECT_EQ(info(out)["guard"]["formula"], "(120 & 1)");
+
+    // A jump back to the command in front can't be saved (offsets only lead forward): the model
+    // written would loop where the loaded one reaches the call, and the read-back refuses it.
+    StreamAssembler backwards;
+    backwards.add(velmora::IFIN1, {jw(2), w(798), w(3), w(5)});  // fails to the jump back
+    backwards.add(velmora::BGL_JUMP_32, {jl(3)});
+    backwards.add(velmora::BGL_JUMP_32,
+                  {jl(1, -8)});  // an offset of -2 or less: the command in front
+    backwards.add(velmora::BGL_CALL_32, {jl(5)});
+    backwards.add(velmora::BGL_END);
+    appendBody(backwards);
+    const std::string looped = write("backwards.mdl", modelOf(backwards));
+    EXPECT_EQ(info(looped)["guard"]["formula"], "always");
+    const ToolRun readBack = runTool("edit " + q(looped) + " -o " + q(out) + " --add-kill-shadow");
+    EXPECT_EQ(readBack.status, 1);
+    EXPECT_NE(readBack.err.find("reads back with the guard \"798 in 3..5\", not \"always\""),
+              std::string::npos)
+        << readBack.err;
+    EXPECT_EQ(info(out)["guard"]["formula"], "(120 & 1)") << "the old output stays as it was";
+}
+
+TEST_F(ToolTest, JsonOfLatinNamesSeasonsAndTextureSizes) {
+    const std::string latin = write("latin.mdl", modelOf(plainCall(), {std::string("hangar_fa\xE7"
+                                                                                   "ade_lm.bmp"),
+                                                                       "b"}));
+    const json texture = info(latin)["textures"][0];
+    EXPECT_EQ(texture["name"],
+              "hangar_fa\xC3\xA7"
+              "ade_lm.bmp");
+    EXPECT_EQ(texture["nameBytes"], "68616e6761725f6661e76164655f6c6d2e626d70");
+    const ToolRun commands = runTool("commands --json " + q(latin));
+    ASSERT_EQ(commands.status, 0);
+    const json stream = json::parse(commands.out);
+    EXPECT_EQ(stream["commands"][0]["name"], "BGL_CALL_32");
+    EXPECT_EQ(stream["commands"][0]["jumps"][0]["target"], 3);
+
+    const std::string seasons = dir.file("seasons.mdl");
+    const ToolRun run = runTool("edit " + q(sample("building.mdl")) + " -o " + q(seasons) +
+                                " --seasons 'roof.bmp:winter=roof_snow.bmp'");
+    ASSERT_EQ(run.status, 0) << run.err;
+    const json report = info(seasons);
+    EXPECT_EQ(report["textures"][3]["name"], "roof_snow.bmp");
+    const json runs = report["seasons"];
+    ASSERT_EQ(runs.size(), 2u);
+    EXPECT_EQ(runs[1]["variants"][0]["days"], json::array({152, 334}));
+    EXPECT_EQ(runs[1]["variants"][0]["name"], "roof.bmp");
+    EXPECT_TRUE(runs[1]["variants"][1]["days"].is_null()) << "winter is the run's default";
+    EXPECT_EQ(runs[1]["variants"][1]["name"], "roof_snow.bmp");
+
+    // A texture no triangle draws keeps its size and is named; the 16-bit limit is named.
+    velmora::MDLObject sized;
+    sized.readMDL(latin);
+    sized.TextureList()->Item(2)->size(7.5f);
+    sized.saveMDL(dir.file("sized.mdl"));
+    const ToolRun measured = runTool("edit " + q(dir.file("sized.mdl")) + " -o " +
+                                     q(dir.file("measured.mdl")) + " --recalc-texture-sizes");
+    ASSERT_EQ(measured.status, 0) << measured.err;
+    EXPECT_NE(measured.out.find("kept the old size of the textures no triangle draws: b"),
+              std::string::npos)
+        << measured.out;
+    const json sizes = info(dir.file("measured.mdl"))["textures"];
+    EXPECT_FLOAT_EQ(sizes[0]["size"].get<float>(), 2.0f);
+    EXPECT_FLOAT_EQ(sizes[1]["size"].get<float>(), 7.5f);
+    StreamAssembler high = plainCall();
+    high.ops[3].fields[0] = w(40000);  // the triangle list is based above vertex 32,767
+    const ToolRun limit =
+        runTool("edit " + q(write("high.mdl", modelOf(high))) + " --recalc-texture-sizes");
+    EXPECT_EQ(limit.status, 1);
+    EXPECT_NE(limit.err.find("starts at vertex 40,000"), std::string::npos) << limit.err;
+    EXPECT_NE(limit.err.find("32,767"), std::string::npos) << limit.err;
+}
+
+TEST_F(ToolTest, EveryCommandFollowsOneRuleForOutputs) {
+    const std::string model = q(sample("building.mdl"));
+    const std::string readOnly = write("taken", "old bytes");
+    chmod(readOnly.c_str(), 0444);
+    stdfs::create_directories(dir.file("folder"));
+    const std::vector<std::string> commands = {"render " + model, "export-asm " + model,
+                                               "export-flt " + model,
+                                               "edit " + model + " --add-kill-shadow"};
+    for (const std::string& command : commands) {
+        SCOPED_TRACE(command);
+        const ToolRun taken = runTool(command + " -o " + q(readOnly));
+        EXPECT_EQ(taken.status, 1);
+        EXPECT_NE(taken.err.find(readOnly + ": is read-only; remove it or choose another name"),
+                  std::string::npos)
+            << taken.err;
+        EXPECT_EQ(readFile(readOnly), "old bytes");
+        const ToolRun folder = runTool(command + " -o " + q(dir.file("folder")));
+        EXPECT_EQ(folder.status, 1);
+        EXPECT_NE(folder.err.find(": is a folder"), std::string::npos) << folder.err;
+        const ToolRun missing = runTool(command + " -o " + q(dir.file("none/x")));
+        EXPECT_EQ(missing.status, 1);
+        EXPECT_NE(missing.err.find("does not exist"), std::string::npos) << missing.err;
+        EXPECT_EQ(missing.out, "") << "nothing is said to be done";
+    }
+    EXPECT_EQ(runTool("export-asm " + model + " -o -").out.rfind("; ####", 0), 0u);
+    EXPECT_EQ(runTool("edit " + model + " -o - --add-kill-shadow").out.substr(0, 4), "RIFF");
+    EXPECT_EQ(runTool("export-flt " + model + " -o -").status, 2);
+    EXPECT_EQ(dir.listing(), "folder samples taken") << "no stray files";
+}
+
+TEST_F(ToolTest, FailuresSayWhereAndUsageErrorsExitTwo) {
+    const std::string cut = write("cut.mdl", readFile(sample("building.mdl")).substr(0, 30));
+    const ToolRun damaged = runTool("info " + q(cut));
+    EXPECT_EQ(damaged.status, 1);
+    EXPECT_EQ(damaged.err, "velmora info: " + cut +
+                               ": section \"MDLH\" at byte 12: says 36 bytes, but only 10 follow "
+                               "(error 9: Subscript out of range); the file is damaged or is not "
+                               "a scenery model\n");
+    EXPECT_EQ(runTool("info " + q(dir.path())).err,
+              "velmora info: " + dir.path() + ": is a folder, not a file\n");
+    EXPECT_EQ(runTool("info " + q(dir.file("missing.mdl"))).err,
+              "velmora info: " + dir.file("missing.mdl") + ": no such file\n");
+
+    const std::string model = q(sample("building.mdl"));
+    const std::string usage[] = {"render " + model + " -o x.png --size 0x0",
+                                 "render " + model + " -o x.png --zoom 0",
+                                 "render " + model + " -o x.png --zoom -50",
+                                 "render " + model + " -o x.png --heading nan",
+                                 "edit " + model + " --condition 'between 1'",
+                                 "edit " + model + " --rotate sideways",
+                                 "edit " + model + " --seasons 'roof.bmp:monsoon=x.bmp'",
+                                 "info"};
+    for (const std::string& args : usage) {
+        const ToolRun run = runTool(args, dir.path());
+        EXPECT_EQ(run.status, 2) << args;
+        EXPECT_NE(run.err.find("\nusage: velmora "), std::string::npos) << run.err;
+    }
+    const ToolRun typo = runTool("inf " + model);
+    EXPECT_EQ(typo.status, 2);
+    EXPECT_NE(typo.err.find("unknown command 'inf'; did you mean 'info'?"), std::string::npos);
+    EXPECT_EQ(dir.listing(), "cut.mdl samples");
+}
+
+TEST_F(ToolTest, TheReadmeExamplesRunAsShown) {
+    std::ifstream readme(VELMORA_SAMPLES_DIR "/../README.md");
+    int examples = 0;
+    bool inBlock = false;
+    for (std::string line; std::getline(readme, line);) {
+        if (line.rfind("```", 0) == 0) inBlock = !inBlock;
+        if (!inBlock || line.rfind("velmora ", 0) != 0 || line.find('<') != std::string::npos) {
+            continue;
+        }
+        const ToolRun run = runTool(line.substr(8), dir.path());
+        EXPECT_EQ(run.status, 0) << line << "\n" << run.err;
+        ++examples;
+    }
+    EXPECT_GE(examples, 7);
+    EXPECT_TRUE(stdfs::exists(dir.file("models/model_003.mdl")));
 }
 
 #ifdef VELMORA_HAS_PREVIEW
 TEST_F(ToolTest, RenderWritesAPictureOfTheModel) {
-    const std::string png = dir.file("building.png");
-    ToolRun run = runTool("render " + quoted(sample("building.mdl")) + " -o " + quoted(png) +
-                          " --size 320x240 --textures " + quoted(sample("textures")));
+    const ToolRun run = runTool("render " + q(sample("building.mdl")) +
+                                " -o - --size 320x240 --textures " + q(sample("textures")));
     ASSERT_EQ(run.status, 0) << run.err;
-    FIBITMAP* image = FreeImage_Load(FIF_PNG, png.c_str(), 0);
-    ASSERT_NE(image, nullptr);
-    EXPECT_EQ(FreeImage_GetWidth(image), 320u);
-    EXPECT_EQ(FreeImage_GetHeight(image), 240u);
-    int coloured = 0;
-    for (unsigned y = 0; y < 240; ++y) {
-        for (unsigned x = 0; x < 320; ++x) {
-            RGBQUAD pixel;
-            FreeImage_GetPixelColor(image, x, y, &pixel);
-            if (pixel.rgbRed < 250 || pixel.rgbGreen < 250 || pixel.rgbBlue < 250) ++coloured;
-        }
-    }
-    FreeImage_Unload(image);
-    EXPECT_GT(coloured, 320 * 240 / 20) << "the model covers part of the frame";
+    EXPECT_EQ(run.out.substr(1, 3), "PNG");
+    EXPECT_GT(run.out.size(), 2000u);
 }
 #endif

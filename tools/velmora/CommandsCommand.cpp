@@ -7,48 +7,70 @@ namespace tool {
 
 namespace {
 
-// Parameter text for people: byte strings (BGL_TAG) shown with their NUL bytes as \0.
-std::string printable(const std::string& text) {
-    std::string out;
-    for (unsigned char c : text) {
-        if (c == 0) {
-            out += "\\0";
-        } else if (c < 32 || c > 126) {
-            static const char* digits = "0123456789ABCDEF";
-            out += "\\x";
-            out.push_back(digits[c >> 4]);
-            out.push_back(digits[c & 15]);
-        } else {
-            out.push_back(static_cast<char>(c));
+json commandsReport(const std::string& path, const velmora::BGLCommandList& list) {
+    json commands = json::array();
+    int32_t position = 0;
+    for (const auto& command : list) {
+        ++position;
+        const velmora::BGLCommandDictEntry* row =
+            velmora::BGLOpcodeDictionary::row(command->opcode());
+        json entry{{"position", position},
+                   {"opcode", command->opcode()},
+                   {"name", opcodeName(command->opcode())}};
+        json params = json::array();
+        json jumps = json::array();
+        for (int16_t i = 0; row != nullptr && i < row->numParam; ++i) {
+            json param;
+            putModelText(param, "text", command->param(i));
+            params.push_back(param.size() == 1 ? param["text"] : param);
+            if (row->isJump[static_cast<std::size_t>(i)]) {
+                jumps.push_back({{"param", i}, {"target", command->jumpDest(i)}});
+            }
         }
+        entry["params"] = params;
+        entry["jumps"] = jumps;
+        if (command->parent() != 0) entry["list"] = command->parent();
+        commands.push_back(entry);
     }
-    return out;
+    return {{"format", kJsonFormat}, {"file", path}, {"commands", commands}};
+}
+
+void printCommands(const velmora::BGLCommandList& list) {
+    std::ostringstream out;
+    int32_t position = 0;
+    for (const auto& command : list) {
+        ++position;
+        const velmora::BGLCommandDictEntry* row =
+            velmora::BGLOpcodeDictionary::row(command->opcode());
+        out << position << "  " << opcodeName(command->opcode());
+        const int16_t count = row != nullptr ? row->numParam : 0;
+        for (int16_t i = 0; i < count; ++i) {
+            out << (i == 0 ? " " : ", ") << modelText(command->param(i));
+            if (row->isJump[static_cast<std::size_t>(i)]) out << " -> " << command->jumpDest(i);
+        }
+        if (command->parent() != 0) out << "  (list " << command->parent() << ")";
+        out << "\n";
+    }
+    std::cout << out.str();
 }
 
 }  // namespace
 
 void addCommandsCommand(CLI::App& app) {
-    auto* command = app.add_subcommand("commands", "List a model's decoded command stream");
+    auto* command = addCommand(app, "commands", "List a model's decoded command stream",
+                               "velmora commands MODEL.mdl [--json]");
     auto path = std::make_shared<std::string>();
+    auto asJson = std::make_shared<bool>(false);
     command->add_option("MODEL", *path, "Model file (.mdl)")->required();
-    command->callback([path] {
+    command->add_flag("--json", *asJson, "Print JSON for scripts (see docs/json.md)");
+    command->callback([path, asJson] {
         const auto model = loadModel(*path);
-        std::ostringstream out;
-        int32_t position = 0;
-        for (const auto& cmd : *model->BGLCommandList()) {
-            ++position;
-            const velmora::BGLCommandDictEntry* row =
-                velmora::BGLOpcodeDictionary::row(cmd->opcode());
-            out << position << "  " << opcodeName(cmd->opcode());
-            const int16_t count = row != nullptr ? row->numParam : 0;
-            for (int16_t i = 0; i < count; ++i) {
-                out << (i == 0 ? " " : ", ") << printable(cmd->param(i));
-                if (row->isJump[static_cast<std::size_t>(i)]) out << " -> " << cmd->jumpDest(i);
-            }
-            if (cmd->parent() != 0) out << "  (list " << cmd->parent() << ")";
-            out << "\n";
+        model->BGLCommandList()->processParent();
+        if (*asJson) {
+            std::cout << commandsReport(*path, *model->BGLCommandList()).dump(2) << "\n";
+        } else {
+            printCommands(*model->BGLCommandList());
         }
-        std::cout << out.str();
     });
 }
 

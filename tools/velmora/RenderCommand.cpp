@@ -1,6 +1,7 @@
 #include "Tool.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
@@ -27,7 +28,7 @@ int attachTextures(velmora::MDLObject& model, const std::string& folder) {
         if (entry.is_regular_file())
             files[lower(entry.path().filename().string())] = entry.path().string();
     }
-    if (code) throw ToolError("cannot read texture folder '" + folder + "': " + code.message());
+    if (code) throw ToolError(folder, "cannot be read as a texture folder: " + code.message());
     int found = 0;
     for (const auto& texture : *model.TextureList()) {
         std::string name = texture->bitmap();
@@ -69,8 +70,18 @@ void render(const RenderOptions& options) {
     if (std::sscanf(options.size.c_str(), "%d%c%d", &width, &separator, &height) != 3 ||
         (separator != 'x' && separator != 'X') || width < 1 || height < 1 || width > 8192 ||
         height > 8192) {
-        throw ToolError("bad --size '" + options.size + "': give WIDTHxHEIGHT, such as 800x600");
+        throw UsageError("bad --size '" + options.size +
+                         "': give WIDTHxHEIGHT from 1x1 to 8192x8192, such as 800x600");
     }
+    for (const auto& [name, value] :
+         {std::pair{"--heading", options.heading}, std::pair{"--pitch", options.pitch},
+          std::pair{"--pan-x", options.panX}, std::pair{"--pan-y", options.panY}}) {
+        if (!std::isfinite(value)) throw UsageError(std::string(name) + " must be a number");
+    }
+    if (!(options.zoom > 0) || !std::isfinite(options.zoom)) {
+        throw UsageError("--zoom must be a percentage above 0");
+    }
+    const Output out(options.output, Output::Stream::Binary);
     const auto model = loadModel(options.model);
     if (!options.textures.empty()) attachTextures(*model, options.textures);
 
@@ -83,25 +94,31 @@ void render(const RenderOptions& options) {
                          static_cast<float>(width) * velmora::TwipsPerPixelX(),
                          static_cast<float>(height) * velmora::TwipsPerPixelY(), surface,
                          options.zoom);
-        writeWhole(options.output, [&](const std::string& temporary) {
-            velmora::savePreviewSurfacePNG(surface, temporary);
-        });
+        out.write([&](const std::string& path) { velmora::savePreviewSurfacePNG(surface, path); });
+    } catch (const velmora::Error& e) {
+        velmora::destroyPreviewSurface(surface);
+        throw fromLibrary(e, options.model);
     } catch (...) {
         velmora::destroyPreviewSurface(surface);
         throw;
     }
     velmora::destroyPreviewSurface(surface);
-    std::cout << "Rendered " << options.model << " (" << width << "x" << height << ") to "
-              << options.output << "\n";
+    if (!out.toStandardOutput()) {
+        std::cout << "rendered " << options.model << " (" << width << "x" << height << ") to "
+                  << options.output << "\n";
+    }
 }
 
 }  // namespace
 
 void addRenderCommand(CLI::App& app) {
-    auto* command = app.add_subcommand("render", "Draw a preview frame of a model into a PNG");
+    auto* command =
+        addCommand(app, "render", "Draw a preview frame of a model into a PNG",
+                   "velmora render MODEL.mdl -o OUT.png [--size WxH] [--textures DIR] [view]");
     auto options = std::make_shared<RenderOptions>();
     command->add_option("MODEL", options->model, "Model file (.mdl)")->required();
-    command->add_option("-o,--output", options->output, "PNG file to write")->required();
+    command->add_option("-o,--output", options->output, "PNG file to write (- for stdout)")
+        ->required();
     command->add_option("--size", options->size, "Frame size WIDTHxHEIGHT")->capture_default_str();
     command->add_option("--heading", options->heading, "Turn about the vertical axis, degrees")
         ->capture_default_str();

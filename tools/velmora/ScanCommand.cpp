@@ -1,7 +1,5 @@
 #include "Tool.h"
 
-#include <nlohmann/json.hpp>
-
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
@@ -17,35 +15,39 @@ struct ScanOptions {
 };
 
 void scan(const ScanOptions& o) {
-    std::error_code code;
-    if (!std::filesystem::is_regular_file(o.file, code)) {
-        throw ToolError("cannot open '" + o.file + "': no such file");
-    }
+    checkInputFile(o.file);
+    if (!o.extract.empty()) prepareOutputFolder(o.extract);
     velmora::BGLObject bgl;
-    if (!bgl.isXMLBGL(o.file)) throw ToolError("'" + o.file + "' is not an XML-style BGL file");
-    bgl.readXMLBGL(o.file);
-    const auto models = bgl.ModelList();
-    if (!o.extract.empty() && !std::filesystem::is_directory(o.extract, code)) {
-        throw ToolError("cannot extract to '" + o.extract + "': no such folder");
+    if (!bgl.isXMLBGL(o.file)) {
+        throw ToolError(o.file,
+                        "is not an XML-style compiled scenery file (it doesn't start with "
+                        "the bytes 01 02)");
     }
+    try {
+        bgl.readXMLBGL(o.file);
+    } catch (const velmora::Error& e) {
+        throw fromLibrary(e, o.file, "the file is damaged");
+    }
+    const auto models = bgl.ModelList();
 
-    nlohmann::json out;
-    out["file"] = o.file;
-    out["models"] = nlohmann::json::array();
+    json out{{"format", kJsonFormat}, {"file", o.file}, {"models", json::array()}};
     int index = 0;
     for (const auto& model : *models) {
         ++index;
-        nlohmann::json entry{{"index", index},
-                             {"size", model->getRIFFSectionSize(0) + 8},
-                             {"vertices", model->VertexList()->Count()},
-                             {"materials", model->MaterialList()->Count()},
-                             {"textures", model->TextureList()->Count()},
-                             {"commands", model->BGLCommandList()->Count()}};
+        json entry{{"index", index},
+                   {"size", model->getRIFFSectionSize(0) + 8},
+                   {"vertices", model->VertexList()->Count()},
+                   {"materials", model->MaterialList()->Count()},
+                   {"textures", model->TextureList()->Count()},
+                   {"commands", model->BGLCommandList()->Count()}};
+        putModelText(entry, "isft", model->getISFT());
         if (!o.extract.empty()) {
             char name[32];
             std::snprintf(name, sizeof name, "model_%03d.mdl", index);
             const std::string path = (std::filesystem::path(o.extract) / name).string();
-            model->saveMDL(path);
+            Output(path, Output::Stream::Refused).write([&](const std::string& temporary) {
+                model->saveMDL(temporary);
+            });
             entry["extracted"] = path;
         }
         out["models"].push_back(entry);
@@ -71,12 +73,13 @@ void scan(const ScanOptions& o) {
 }  // namespace
 
 void addScanCommand(CLI::App& app) {
-    auto* command = app.add_subcommand("scan", "List the models of a compiled XML-style BGL file");
+    auto* command = addCommand(app, "scan", "List the models of a compiled XML-style BGL file",
+                               "velmora scan FILE.bgl [--extract DIR] [--json]");
     auto o = std::make_shared<ScanOptions>();
     command->add_option("FILE", o->file, "Compiled scenery file (.bgl)")->required();
     command->add_option("--extract", o->extract,
-                        "Save each model as its own MDL file in this folder");
-    command->add_flag("--json", o->json, "Print JSON for scripts");
+                        "Save each model as its own MDL file in this folder (made when missing)");
+    command->add_flag("--json", o->json, "Print JSON for scripts (see docs/json.md)");
     command->callback([o] { scan(*o); });
 }
 

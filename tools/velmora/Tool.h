@@ -3,22 +3,49 @@
 #include <velmora/velmora.h>
 
 #include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
 
 #include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace tool {
 
-// A failure of the tool itself (a missing input, a bad option value), as opposed to an error
-// of the library. main() prints either as one line and exits non-zero.
+using nlohmann::json;
+
+// A failure the tool reports: about which file, what happened in plain words, and the way out.
+// Usage errors (a bad option value) exit with 2, everything else with 1.
 class ToolError : public std::runtime_error {
+  public:
+    ToolError(std::string file, const std::string& what, std::string hint = "");
+    const std::string& file() const { return file_; }
+    const std::string& hint() const { return hint_; }
+
+  private:
+    std::string file_;
+    std::string hint_;
+};
+
+class UsageError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
 
-// The subcommands; each file adds one (or two) to the application.
+// The library's error as the tool says it: the place and the words of the error, with `file`
+// where the error doesn't name one.
+ToolError fromLibrary(const velmora::Error& error, const std::string& file,
+                      const std::string& hint = "");
+
+// Adds a subcommand with its one-line synopsis ("velmora info MODEL.mdl [--json]"), which usage
+// errors show.
+CLI::App* addCommand(CLI::App& app, const std::string& name, const std::string& description,
+                     const std::string& synopsis);
+// The synopsis of a subcommand, or of the whole tool for "".
+std::string synopsisOf(const std::string& name);
+
+// The subcommands; each file adds its own to the application.
 void addInfoCommand(CLI::App& app);
 void addCommandsCommand(CLI::App& app);
 void addRenderCommand(CLI::App& app);
@@ -26,24 +53,56 @@ void addExportCommands(CLI::App& app);
 void addEditCommand(CLI::App& app);
 void addScanCommand(CLI::App& app);
 
-// Loads a model file; a missing file is a ToolError naming it.
+// Loads a model file. A folder, a missing file or a damaged model is a ToolError naming it.
 std::shared_ptr<velmora::MDLObject> loadModel(const std::string& path);
+// Refuses an input that is a folder or doesn't exist.
+void checkInputFile(const std::string& path);
 
-// Runs `write` with a temporary path beside `target` and moves the result into place only when
-// `write` succeeded, so an output is written whole or not at all.
-void writeWhole(const std::string& target, const std::function<void(const std::string&)>& write);
+// One output file of a command, under one rule for all: it is written beside its target and
+// moved into place only when whole; an existing folder or read-only file is refused, and so is
+// a target whose folder doesn't exist, before any work is done. "-" means standard output,
+// where a command allows it.
+class Output {
+  public:
+    enum class Stream { Refused, Text, Binary };
 
-// The conditions of a model's guarded call in words, or why there are none.
-std::string describeConditions(velmora::BGLCommandList& commands);
-std::string describeCondition(const velmora::Condition& condition);
+    // Checks the target at once. `stream` says whether "-" may stand for standard output, and
+    // whether what goes there is binary (refused on a terminal).
+    Output(std::string target, Stream stream);
 
-// True when the model's "SHAD" section is the 12-byte kill shadow.
-bool hasKillShadow(const velmora::MDLObject& model);
+    bool toStandardOutput() const { return toStandardOutput_; }
+    const std::string& target() const { return target_; }
+
+    // Runs `write(path)` on a temporary path beside the target, then `check(path)` when given,
+    // then moves it into place (or copies it to standard output). On any failure the temporary
+    // file is removed and the target left as it was.
+    void write(const std::function<void(const std::string& path)>& write,
+               const std::function<void(const std::string& path)>& check = nullptr) const;
+
+  private:
+    std::string target_;
+    bool toStandardOutput_ = false;
+};
+
+// A folder to write into: created when missing; a file in its place is refused.
+void prepareOutputFolder(const std::string& folder);
 
 // The name of an opcode for people: the dictionary's name, or "OPCODE n".
 std::string opcodeName(int32_t opcode);
 
+// A text from a model for JSON: UTF-8 from Windows-1252, and beside it the raw bytes in hex
+// where the text is not plain ASCII.
+void putModelText(json& object, const std::string& key, const std::string& bytes);
+// A text from a model for people: UTF-8 from Windows-1252, NUL bytes shown as \0.
+std::string modelText(const std::string& bytes);
+
+// True when the model's "SHAD" section is the 12-byte kill shadow.
+bool hasKillShadow(const velmora::MDLObject& model);
+
 // Progress on standard error, only when it is a terminal.
 void showProgress(const std::string& what, int done, int total);
+
+// Version of the JSON the tool prints; see docs/json.md.
+inline constexpr int kJsonFormat = 1;
 
 }  // namespace tool

@@ -1,6 +1,57 @@
 #include "Tool.h"
 
+#include <algorithm>
 #include <iostream>
+#include <string>
+#include <vector>
+
+namespace {
+
+// Edits that turn one word into the other: insertions, deletions, changes.
+std::size_t editDistance(const std::string& a, const std::string& b) {
+    std::vector<std::size_t> row(b.size() + 1);
+    for (std::size_t j = 0; j <= b.size(); ++j)
+        row[j] = j;
+    for (std::size_t i = 1; i <= a.size(); ++i) {
+        std::size_t diagonal = row[0];
+        row[0] = i;
+        for (std::size_t j = 1; j <= b.size(); ++j) {
+            const std::size_t above = row[j];
+            row[j] = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] != b[j - 1])});
+            diagonal = above;
+        }
+    }
+    return row[b.size()];
+}
+
+// The nearest command to a mistyped one: one it starts, or one within a few edits.
+std::string nearestCommand(const std::string& word, const std::vector<std::string>& commands) {
+    std::string best;
+    std::size_t bestDistance = 4;
+    for (const std::string& command : commands) {
+        const std::size_t distance = command.rfind(word, 0) == 0 ? 0 : editDistance(word, command);
+        if (distance < bestDistance) {
+            best = command;
+            bestDistance = distance;
+        }
+    }
+    return best;
+}
+
+std::string commandName(const CLI::App& app) {
+    for (const CLI::App* sub : app.get_subcommands())
+        return sub->get_name();
+    return "";
+}
+
+int usageFailure(const std::string& command, const std::string& message) {
+    std::cerr << "velmora" << (command.empty() ? "" : " " + command) << ": " << message << "\n"
+              << "usage: " << tool::synopsisOf(command) << " (see velmora"
+              << (command.empty() ? "" : " " + command) << " --help)\n";
+    return 2;
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
     CLI::App app{"velmora: look into, change, preview and export scenery MDL models"};
@@ -15,6 +66,16 @@ int main(int argc, char** argv) {
     tool::addEditCommand(app);
     tool::addScanCommand(app);
 
+    std::vector<std::string> commands;
+    for (const CLI::App* sub : app.get_subcommands({}))
+        commands.push_back(sub->get_name());
+    if (argc > 1 && argv[1][0] != '-' &&
+        std::find(commands.begin(), commands.end(), argv[1]) == commands.end()) {
+        const std::string nearest = nearestCommand(argv[1], commands);
+        return usageFailure("", "unknown command '" + std::string(argv[1]) + "'" +
+                                    (nearest.empty() ? "" : "; did you mean '" + nearest + "'?"));
+    }
+
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& e) {
@@ -24,17 +85,21 @@ int main(int argc, char** argv) {
     } catch (const CLI::CallForVersion& e) {
         return app.exit(e);
     } catch (const CLI::ParseError& e) {
-        std::cerr << "velmora: " << e.what() << " (see velmora --help)\n";
-        return 2;
-    } catch (const velmora::Error& e) {
-        std::cerr << "velmora: error " << e.number() << " (" << e.source()
-                  << "): " << e.description() << "\n";
-        return 1;
+        return usageFailure(commandName(app), e.what());
+    } catch (const tool::UsageError& e) {
+        return usageFailure(commandName(app), e.what());
     } catch (const tool::ToolError& e) {
-        std::cerr << "velmora: " << e.what() << "\n";
+        std::cerr << "velmora " << commandName(app) << ": "
+                  << (e.file().empty() ? "" : e.file() + ": ") << e.what()
+                  << (e.hint().empty() ? "" : "; " + e.hint()) << "\n";
+        return 1;
+    } catch (const velmora::Error& e) {
+        const tool::ToolError error = tool::fromLibrary(e, "");
+        std::cerr << "velmora " << commandName(app) << ": "
+                  << (error.file().empty() ? "" : error.file() + ": ") << error.what() << "\n";
         return 1;
     } catch (const std::exception& e) {
-        std::cerr << "velmora: " << e.what() << "\n";
+        std::cerr << "velmora " << commandName(app) << ": " << e.what() << "\n";
         return 1;
     }
     return 0;
