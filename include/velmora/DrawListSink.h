@@ -24,6 +24,14 @@ class DrawListSink {
     virtual void glTexCoord2f(float s, float t) = 0;
     virtual void glVertex3f(float x, float y, float z) = 0;
     virtual void glEnd() = 0;
+
+    // Our own addition: what a walk knows beside the OpenGL operations, for sinks that export
+    // rather than draw. Each does nothing unless a sink overrides it.
+    // At a SET_MATERIAL, before its operations: the 0-based material and texture (-1: none).
+    virtual void selectMaterial(int32_t material, int32_t texture) {
+        static_cast<void>(material);
+        static_cast<void>(texture);
+    }
 };
 
 // Keeps every operation, with its arguments, in order.

@@ -5,13 +5,16 @@
 #include <velmora/BoundingBox.h>
 #include <velmora/MDLHeader.h>
 #include <velmora/MaterialList.h>
+#include <velmora/Scenario.h>
 #include <velmora/TextureList.h>
 #include <velmora/VertexList.h>
+#include <velmora/View.h>
 #include <velmora/seasonalTextures.h>
 
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -80,8 +83,21 @@ class MDLObject {
     void glGenerateDrawList();
     // The same walk, emitted to any sink (a recorder, say) instead of OpenGL.
     void glGenerateDrawList(DrawListSink& sink);
+    // Our own addition: the walk that follows the stream as the simulator would under a
+    // scenario (calls, returns, jumps, transforms, tests evaluated), emitting the same
+    // operations for what lies on the way. A stream that loops is error 100.
+    void glGenerateDrawList(DrawListSink& sink, const Scenario& scenario);
     void glDrawMDL(float heading, float pitch, float panX, float panY, float picWidth,
                    float picHeigth, int32_t hDC, float zoom);
+
+    // Our own addition: loads every texture that has a file keeping its alpha (glPointer gets
+    // the names), for glDrawView.
+    void glPrepareView(const std::shared_ptr<OpenGLPreviewObject>& oglPreview);
+    // Our own addition: draws a frame into surface `hDC` as `view` describes it: the scenario
+    // walk under `scenario` (or, without one, the flat walk that draws every part), framed to fit
+    // what is drawn, and swaps it to the surface. Needs a current context (initOpenGL).
+    ViewResult glDrawView(const View& view, int32_t hDC,
+                          const std::optional<Scenario>& scenario = Scenario());
 
     // Saving.
     void saveMDL(const std::string& file);

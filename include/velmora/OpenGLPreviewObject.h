@@ -15,11 +15,15 @@ class OpenGLPreviewObject {
     OpenGLPreviewObject& operator=(const OpenGLPreviewObject&) = delete;
 
     // Makes an OpenGL context on surface `h` (see PreviewSurface.h) current on this thread.
-    // Error 100 "Could not initialize OpenGL" when there is no suitable configuration.
+    // Error 100 "Could not initialize OpenGL" when there is no suitable configuration, or when
+    // the drawing buffer or the context can't be made.
     void initOpenGL(int32_t h);
     bool openGLInit() const { return openGLInit_; }
     // Loads an image file as a texture and gives its texture name; 0 for an empty path.
     int32_t loadTexture(const std::string& s);
+    // Our own addition: the same, keeping the image's alpha (32-bit TGA, PNG with alpha, DXT3
+    // and DXT5 DDS) for MDLObject::glDrawView; the name of an image that fails is freed.
+    int32_t loadTextureWithAlpha(const std::string& s);
 
   private:
     bool openGLInit_ = false;

@@ -23,10 +23,12 @@
 #include <velmora/OpenFlightWriter.h>
 #include <velmora/OpenGLPreviewObject.h>
 #include <velmora/PreviewSurface.h>
+#include <velmora/Scenario.h>
 #include <velmora/TextureList.h>
 #include <velmora/Version.h>
 #include <velmora/Vertex.h>
 #include <velmora/VertexList.h>
+#include <velmora/View.h>
 #include <velmora/Windows1252.h>
 #include <velmora/XMLBGLSection.h>
 #include <velmora/XMLBGLSectionList.h>

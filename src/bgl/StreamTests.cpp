@@ -95,7 +95,7 @@ std::string maskText(int32_t variable, int32_t mask) {
     return "(" + numbers::formatInteger(variable) + " & " + numbers::formatInteger(mask) + ")";
 }
 
-TestReading readTest(const BGLCommand& command) {
+TestReading readTest(const BGLCommand& command, bool withText) {
     TestReading reading;
     try {
         const auto at = [&command](int index) { return parameterAsInt32(command, index); };
@@ -134,6 +134,7 @@ TestReading readTest(const BGLCommand& command) {
         // A parameter that is no number leaves the test without a known meaning.
         reading = TestReading{};
     }
+    if (!withText) return reading;
     if (reading.kind == TestKind::Place || reading.kind == TestKind::Other) {
         reading.text = withParameters(command);
     }

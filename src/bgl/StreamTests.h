@@ -45,8 +45,9 @@ bool isPlainJump(int32_t opcode);
 // True for the commands that end a walk of the stream: BGL_RETURN and BGL_END.
 bool endsWalk(int32_t opcode);
 
-// What a test command looks at; parameters that are no numbers give an Other reading.
-TestReading readTest(const BGLCommand& command);
+// What a test command looks at; parameters that are no numbers give an Other reading. Without
+// `withText` the texts stay empty (for walks that only evaluate tests).
+TestReading readTest(const BGLCommand& command, bool withText = true);
 
 // The term of a range test and of a mask test, as readTest writes them.
 std::string rangeText(int32_t variable, int32_t low, int32_t high);

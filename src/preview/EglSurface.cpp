@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstring>
 #include <map>
+#include <mutex>
 #include <string_view>
 
 namespace velmora::egl {
@@ -24,8 +25,10 @@ struct Surface {
     std::vector<uint8_t> rgb;
 };
 
-// The surfaces stand for windows of the host, so they are process-wide, like a window system's.
+// The surfaces stand for windows of the host, so they are process-wide, like a window system's;
+// every function of this file holds the registry's lock, so threads may share it.
 struct Registry {
+    std::recursive_mutex mutex;
     std::map<int32_t, Surface> surfaces;
     int32_t nextSurface = 1;
     std::vector<EGLConfig> configs;  // format number n is configs[n - 1]
@@ -36,6 +39,10 @@ struct Registry {
 Registry& registry() {
     static Registry instance;
     return instance;
+}
+
+std::unique_lock<std::recursive_mutex> locked() {
+    return std::unique_lock(registry().mutex);
 }
 
 Surface* findSurface(int32_t handle) {
@@ -95,6 +102,7 @@ int32_t contextHandle(int32_t surface, std::size_t index) {
 }  // namespace
 
 int32_t createSurface(int32_t width, int32_t height) {
+    const auto lock = locked();
     if (width <= 0 || height <= 0) raisePlatformError(kInvalidProcedureCall);
     Registry& r = registry();
     if (r.nextSurface >= INT32_MAX / kContextsPerSurface) raisePlatformError(kOverflow);
@@ -107,6 +115,7 @@ int32_t createSurface(int32_t width, int32_t height) {
 }
 
 void destroySurface(int32_t handle) {
+    const auto lock = locked();
     Surface* surface = findSurface(handle);
     if (surface == nullptr) return;
     EGLDisplay d = registry().display;
@@ -127,10 +136,9 @@ void destroySurface(int32_t handle) {
     registry().surfaces.erase(handle);
 }
 
-int32_t choosePixelFormat(int32_t handle) {
-    if (findSurface(handle) == nullptr) return 0;
-    EGLDisplay d = display();
-    if (d == EGL_NO_DISPLAY) return 0;
+namespace {
+
+EGLConfig chooseConfig(EGLDisplay d) {
     // RGB of 24 bits with a 16-bit depth buffer, drawn by desktop OpenGL; a pbuffer takes the
     // place of the window's double buffer, and swapping copies it out.
     const EGLint attributes[] = {EGL_SURFACE_TYPE,
@@ -150,7 +158,19 @@ int32_t choosePixelFormat(int32_t handle) {
                                  EGL_NONE};
     EGLConfig config = nullptr;
     EGLint count = 0;
-    if (!eglChooseConfig(d, attributes, &config, 1, &count) || count < 1) return 0;
+    if (!eglChooseConfig(d, attributes, &config, 1, &count) || count < 1) return nullptr;
+    return config;
+}
+
+}  // namespace
+
+int32_t choosePixelFormat(int32_t handle) {
+    const auto lock = locked();
+    if (findSurface(handle) == nullptr) return 0;
+    EGLDisplay d = display();
+    if (d == EGL_NO_DISPLAY) return 0;
+    const EGLConfig config = chooseConfig(d);
+    if (config == nullptr) return 0;
     auto& configs = registry().configs;
     const auto known = std::find(configs.begin(), configs.end(), config);
     if (known != configs.end()) return static_cast<int32_t>(known - configs.begin()) + 1;
@@ -158,20 +178,39 @@ int32_t choosePixelFormat(int32_t handle) {
     return static_cast<int32_t>(configs.size());
 }
 
-void setPixelFormat(int32_t handle, int32_t format) {
+bool setPixelFormat(int32_t handle, int32_t format) {
+    const auto lock = locked();
     Surface* surface = findSurface(handle);
     auto& configs = registry().configs;
-    if (surface == nullptr || format < 1 || format > static_cast<int32_t>(configs.size())) return;
+    if (surface == nullptr || format < 1 || format > static_cast<int32_t>(configs.size())) {
+        return false;
+    }
     EGLDisplay d = display();
     // A format is set once on a window; a second choice leaves the first in place.
-    if (surface->buffer != EGL_NO_SURFACE) return;
+    if (surface->buffer != EGL_NO_SURFACE) return true;
     const EGLConfig config = configs[static_cast<std::size_t>(format - 1)];
     const EGLint size[] = {EGL_WIDTH, surface->width, EGL_HEIGHT, surface->height, EGL_NONE};
     surface->buffer = eglCreatePbufferSurface(d, config, size);
     surface->config = config;
+    return surface->buffer != EGL_NO_SURFACE;
+}
+
+int32_t largestSurface() {
+    const auto lock = locked();
+    EGLDisplay d = display();
+    if (d == EGL_NO_DISPLAY) return 0;
+    const EGLConfig config = chooseConfig(d);
+    EGLint width = 0;
+    EGLint height = 0;
+    if (config == nullptr || !eglGetConfigAttrib(d, config, EGL_MAX_PBUFFER_WIDTH, &width) ||
+        !eglGetConfigAttrib(d, config, EGL_MAX_PBUFFER_HEIGHT, &height)) {
+        return 0;
+    }
+    return std::min(width, height);
 }
 
 int32_t createContext(int32_t handle) {
+    const auto lock = locked();
     Surface* surface = findSurface(handle);
     if (surface == nullptr || surface->config == nullptr) return 0;
     if (surface->contexts.size() + 1 >= static_cast<std::size_t>(kContextsPerSurface)) return 0;
@@ -184,19 +223,21 @@ int32_t createContext(int32_t handle) {
     return contextHandle(handle, surface->contexts.size() - 1);
 }
 
-void makeCurrent(int32_t handle, int32_t context) {
+bool makeCurrent(int32_t handle, int32_t context) {
+    const auto lock = locked();
     Surface* surface = findSurface(handle);
     Surface* owner = findSurface(context / kContextsPerSurface);
     const int32_t index = context % kContextsPerSurface - 1;
     if (surface == nullptr || owner == nullptr || index < 0 ||
         index >= static_cast<int32_t>(owner->contexts.size())) {
-        return;
+        return false;
     }
-    eglMakeCurrent(display(), surface->buffer, surface->buffer,
-                   owner->contexts[static_cast<std::size_t>(index)]);
+    return eglMakeCurrent(display(), surface->buffer, surface->buffer,
+                          owner->contexts[static_cast<std::size_t>(index)]) == EGL_TRUE;
 }
 
 void swapBuffers(int32_t handle) {
+    const auto lock = locked();
     Surface* surface = findSurface(handle);
     if (surface == nullptr || eglGetCurrentContext() == EGL_NO_CONTEXT) return;
     // The frame lies in the buffer the context draws to; a smaller buffer fills only its part.
@@ -227,6 +268,7 @@ void swapBuffers(int32_t handle) {
 }
 
 SurfacePixels surfacePixels(int32_t handle) {
+    const auto lock = locked();
     const Surface* surface = findSurface(handle);
     if (surface == nullptr) raisePlatformError(kInvalidProcedureCall);
     return SurfacePixels{surface->width, surface->height, &surface->rgb};

@@ -17,12 +17,14 @@ void destroySurface(int32_t surface);
 // A configuration with RGB colour, a depth buffer, a pbuffer and desktop OpenGL for the
 // surface; 0 when there is none (or no such surface, or no EGL display at all).
 int32_t choosePixelFormat(int32_t surface);
-// Makes the surface's drawing buffer with that configuration.
-void setPixelFormat(int32_t surface, int32_t format);
+// Makes the surface's drawing buffer with that configuration; false when it can't be made.
+bool setPixelFormat(int32_t surface, int32_t format);
+// The largest width and height a surface's drawing buffer may have; 0 without a display.
+int32_t largestSurface();
 // A desktop OpenGL (compatibility) context for the surface's buffer; 0 on failure.
 int32_t createContext(int32_t surface);
-// Makes the context current on this thread, drawing to the surface.
-void makeCurrent(int32_t surface, int32_t context);
+// Makes the context current on this thread, drawing to the surface; false when it can't.
+bool makeCurrent(int32_t surface, int32_t context);
 
 // Ends the frame: reads what the current context drew into the surface's pixel store.
 // Unknown surfaces and a missing context are passed over.

@@ -43,6 +43,21 @@ std::optional<std::string> readBytes(const std::string& path) {
     return bytes;
 }
 
+// The bitmap of an image file as FreeImage loads it; nothing when it can't be read.
+Bitmap loadBitmap(const std::string& path) {
+    ensureFreeImage();
+    std::optional<std::string> bytes = readBytes(path);
+    if (!bytes || bytes->empty()) return nullptr;
+    Memory memory(FreeImage_OpenMemory(reinterpret_cast<BYTE*>(bytes->data()),
+                                       static_cast<DWORD>(bytes->size())));
+    if (!memory) return nullptr;
+    const FREE_IMAGE_FORMAT format = FreeImage_GetFileTypeFromMemory(memory.get(), 0);
+    if (format == FIF_UNKNOWN || !FreeImage_FIFSupportsReading(format)) return nullptr;
+    Bitmap loaded(FreeImage_LoadFromMemory(format, memory.get(), 0));
+    if (!loaded || !FreeImage_HasPixels(loaded.get())) return nullptr;
+    return loaded;
+}
+
 }  // namespace
 
 std::size_t paddedRowBytes(int32_t width) {
@@ -50,17 +65,8 @@ std::size_t paddedRowBytes(int32_t width) {
 }
 
 std::optional<TextureImage> readTextureImage(const std::string& path) {
-    ensureFreeImage();
-    std::optional<std::string> bytes = readBytes(path);
-    if (!bytes || bytes->empty()) return std::nullopt;
-
-    Memory memory(FreeImage_OpenMemory(reinterpret_cast<BYTE*>(bytes->data()),
-                                       static_cast<DWORD>(bytes->size())));
-    if (!memory) return std::nullopt;
-    const FREE_IMAGE_FORMAT format = FreeImage_GetFileTypeFromMemory(memory.get(), 0);
-    if (format == FIF_UNKNOWN || !FreeImage_FIFSupportsReading(format)) return std::nullopt;
-    Bitmap loaded(FreeImage_LoadFromMemory(format, memory.get(), 0));
-    if (!loaded || !FreeImage_HasPixels(loaded.get())) return std::nullopt;
+    const Bitmap loaded = loadBitmap(path);
+    if (!loaded) return std::nullopt;
     // Palette images resolve to true colour here; alpha, if any, is dropped.
     Bitmap rgb(FreeImage_ConvertTo24Bits(loaded.get()));
     if (!rgb) return std::nullopt;
@@ -80,6 +86,30 @@ std::optional<TextureImage> readTextureImage(const std::string& path) {
             to[3 * x + 0] = from[3 * x + FI_RGBA_BLUE];
             to[3 * x + 1] = from[3 * x + FI_RGBA_GREEN];
             to[3 * x + 2] = from[3 * x + FI_RGBA_RED];
+        }
+    }
+    return image;
+}
+
+std::optional<RgbaImage> readRgbaImage(const std::string& path) {
+    const Bitmap loaded = loadBitmap(path);
+    if (!loaded) return std::nullopt;
+    Bitmap rgba(FreeImage_ConvertTo32Bits(loaded.get()));
+    if (!rgba) return std::nullopt;
+    RgbaImage image;
+    image.width = static_cast<int32_t>(FreeImage_GetWidth(rgba.get()));
+    image.height = static_cast<int32_t>(FreeImage_GetHeight(rgba.get()));
+    if (image.width <= 0 || image.height <= 0) return std::nullopt;
+    image.rgbaRows.resize(static_cast<std::size_t>(image.width) * image.height * 4);
+    uint8_t* to = image.rgbaRows.data();
+    for (int32_t y = 0; y < image.height; ++y) {
+        const BYTE* from = FreeImage_GetScanLine(rgba.get(), y);
+        for (int32_t x = 0; x < image.width; ++x, to += 4) {
+            to[0] = from[4 * x + FI_RGBA_RED];
+            to[1] = from[4 * x + FI_RGBA_GREEN];
+            to[2] = from[4 * x + FI_RGBA_BLUE];
+            to[3] = from[4 * x + FI_RGBA_ALPHA];
+            image.translucent = image.translucent || to[3] != 255;
         }
     }
     return image;

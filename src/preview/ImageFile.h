@@ -24,6 +24,18 @@ std::size_t paddedRowBytes(int32_t width);
 // file is missing, unreadable or of no format known.
 std::optional<TextureImage> readTextureImage(const std::string& path);
 
+// An image as glTexImage2D takes it with GL_RGBA: 4 bytes a pixel, rows from the bottom up.
+struct RgbaImage {
+    int32_t width = 0;
+    int32_t height = 0;
+    std::vector<uint8_t> rgbaRows;
+    bool translucent = false;  // some pixel has an alpha below 255
+};
+
+// Reads an image file keeping its alpha (32-bit TGA and PNG, DDS with DXT3 or DXT5); an image
+// without alpha is opaque. Nothing when the file can't be read.
+std::optional<RgbaImage> readRgbaImage(const std::string& path);
+
 // Encodes RGB pixels, rows from top to bottom, as a PNG file's bytes.
 std::string encodePNG(const std::vector<uint8_t>& rgb, int32_t width, int32_t height);
 

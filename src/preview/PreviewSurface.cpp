@@ -1,5 +1,6 @@
 #include <velmora/PreviewSurface.h>
 
+#include "foundation/Errors.h"
 #include "foundation/FileSystem.h"
 #include "preview/EglSurface.h"
 #include "preview/ImageFile.h"
@@ -17,6 +18,19 @@ std::vector<uint8_t> previewSurfacePixels(int32_t hDC) {
 void savePreviewSurfacePNG(int32_t hDC, const std::string& path) {
     const egl::SurfacePixels frame = egl::surfacePixels(hDC);
     fs::replaceFile(path, image::encodePNG(*frame.rgb, frame.width, frame.height));
+}
+
+int32_t previewSurfaceLimit() {
+    return egl::largestSurface();
+}
+
+void savePixelsPNG(const std::vector<uint8_t>& rgb, int32_t width, int32_t height,
+                   const std::string& path) {
+    if (width <= 0 || height <= 0 ||
+        rgb.size() != static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 3) {
+        raisePlatformError(kInvalidProcedureCall, "the pixels don't make a picture of that size");
+    }
+    fs::replaceFile(path, image::encodePNG(rgb, width, height));
 }
 
 void destroyPreviewSurface(int32_t hDC) {

@@ -347,7 +347,9 @@ TEST_F(ToolTest, FailuresSayWhereAndUsageErrorsExitTwo) {
                                  "edit " + model + " --condition 'between 1'",
                                  "edit " + model + " --rotate sideways",
                                  "edit " + model + " --seasons 'roof.bmp:monsoon=x.bmp'",
-                                 "info"};
+                                 "info",
+                                 "render " + model + " -o x.png --size 100000x10",
+                                 "render " + model + " -o x.png --day 400"};
     for (const std::string& args : usage) {
         const ToolRun run = runTool(args, dir.path());
         EXPECT_EQ(run.status, 2) << args;
@@ -377,11 +379,29 @@ TEST_F(ToolTest, TheReadmeExamplesRunAsShown) {
 }
 
 #ifdef VELMORA_HAS_PREVIEW
-TEST_F(ToolTest, RenderWritesAPictureOfTheModel) {
-    const ToolRun run = runTool("render " + q(sample("building.mdl")) +
-                                " -o - --size 320x240 --textures " + q(sample("textures")));
+TEST_F(ToolTest, RenderWritesAPictureOrSaysWhyNothingShows) {
+    const std::string building = q(sample("building.mdl"));
+    const ToolRun run =
+        runTool("render " + building + " -o - --size 320x240 --sheet 4 --textures " +
+                q(sample("textures")));
     ASSERT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(run.out.substr(1, 3), "PNG");
-    EXPECT_GT(run.out.size(), 2000u);
+    EXPECT_EQ(run.out.substr(16, 8), std::string("\0\0\x02\x80\0\0\x01\xE0", 8)) << "640 x 480";
+    // Drawn only from complexity 2 up: at 1 nothing shows, and that is no success.
+    const ToolRun empty =
+        runTool("render " + building + " -o " + q(dir.file("e.png")) + " --set 798=1");
+    EXPECT_EQ(empty.status, 1);
+    EXPECT_NE(empty.err.find("nothing was drawn"), std::string::npos) << empty.err;
+    EXPECT_NE(empty.err.find("--flat"), std::string::npos);
+    EXPECT_FALSE(stdfs::exists(dir.file("e.png")));
+    EXPECT_EQ(runTool("render " + building + " -o " + q(dir.file("f.png")) + " --set 798=1 --flat")
+                  .status,
+              0);
+    const ToolRun thumbnails = runTool("scan " + q(sample("scenery.bgl")) + " --thumbnails " +
+                                       q(dir.file("pictures")) + " --json");
+    ASSERT_EQ(thumbnails.status, 0) << thumbnails.err;
+    for (const auto& model : json::parse(thumbnails.out)["models"])
+        EXPECT_GT(model["thumbnailPixels"].get<int>(), 1000) << model;
+    EXPECT_EQ(listingOf(dir.file("pictures")), "model_001.png model_002.png model_003.png");
 }
 #endif

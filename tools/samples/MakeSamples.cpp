@@ -215,7 +215,8 @@ std::shared_ptr<MDLObject> litPad() {
     return model;
 }
 
-// A tree: a card that turns to face the user.
+// A tree: a card with a transparent image around its crown and trunk that turns to face the
+// user.
 std::shared_ptr<MDLObject> tree() {
     auto model = emptyModel();
     addVertex(*model, -3, 0, 0, 0, 0, -1, 0, 0);
@@ -224,9 +225,11 @@ std::shared_ptr<MDLObject> tree() {
     addVertex(*model, -3, 8, 0, 0, 0, -1, 0, 1);
     setBox(*model);
     addMaterial(*model, 0.2f, 0.5f, 0.15f);
+    addTexture(*model, "tree.tga");
     auto& commands = *model->BGLCommandList();
     startBody(commands);
-    addUntexturedQuad(commands);
+    commands.Add(command(SET_MATERIAL, {"0", "0"}));
+    addQuadList(commands, 0, 1);
     commands.Add(command(BGL_RETURN));
     auto conditions = commands.getConditions(-1);
     conditions->Add()->cType(RotUser);
@@ -287,6 +290,28 @@ void writeBitmap(const std::string& path, int pattern, uint8_t r1, uint8_t g1, u
         .write(file.data(), static_cast<std::streamsize>(file.size()));
 }
 
+// A 64 x 128 32-bit TGA of a tree: a green crown over a brown trunk, clear around them.
+void writeTreeImage(const std::string& path) {
+    const int width = 64, height = 128;
+    std::string file = std::string{0, 0, 2} + std::string(5, '\0') + le16(0) + le16(0) +
+                       le16(width) + le16(height) + std::string{32, 0x08};
+    for (int y = 0; y < height; ++y) {  // from the bottom row up
+        for (int x = 0; x < width; ++x) {
+            const double dx = x - width / 2.0 + 0.5;
+            const bool trunk = y < 40 && std::abs(dx) < 5;
+            const bool crown = y >= 32 && std::abs(dx) < (height - y) * 0.34;
+            const uint8_t r = trunk && !crown ? 110 : 40;
+            const uint8_t g = trunk && !crown ? 70 : 120;
+            const uint8_t b = trunk && !crown ? 40 : 35;
+            const uint8_t a = trunk || crown ? 255 : 0;
+            file += std::string{static_cast<char>(b), static_cast<char>(g), static_cast<char>(r),
+                                static_cast<char>(a)};
+        }
+    }
+    std::ofstream(path, std::ios::binary)
+        .write(file.data(), static_cast<std::streamsize>(file.size()));
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -309,6 +334,7 @@ int main(int argc, char** argv) {
         writeBitmap((out / "textures" / "wall_winter.bmp").string(), 1, 235, 238, 245, 150, 160,
                     180);
         writeBitmap((out / "textures" / "roof.bmp").string(), 2, 90, 60, 50, 40, 30, 25);
+        writeTreeImage((out / "textures" / "tree.tga").string());
     } catch (const Error& e) {
         std::cerr << "velmora-make-samples: error " << e.number() << " (" << e.source()
                   << "): " << e.description() << "\n";

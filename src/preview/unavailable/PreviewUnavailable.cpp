@@ -44,6 +44,26 @@ void MDLObject::glDrawMDL(float, float, float, float, float, float, int32_t, flo
     raiseNoPreview();
 }
 
+int32_t OpenGLPreviewObject::loadTextureWithAlpha(const std::string&) {
+    raiseNoPreview();
+}
+
+void MDLObject::glPrepareView(const std::shared_ptr<OpenGLPreviewObject>&) {
+    raiseNoPreview();
+}
+
+ViewResult MDLObject::glDrawView(const View&, int32_t, const std::optional<Scenario>&) {
+    raiseNoPreview();
+}
+
+int32_t previewSurfaceLimit() {
+    return 0;
+}
+
+void savePixelsPNG(const std::vector<uint8_t>&, int32_t, int32_t, const std::string&) {
+    raiseNoPreview();
+}
+
 int32_t createPreviewSurface(int32_t, int32_t) {
     raiseNoPreview();
 }

@@ -1,0 +1,58 @@
+#include <velmora/TextureList.h>
+
+#include "foundation/Errors.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+
+namespace velmora {
+
+namespace {
+
+namespace stdfs = std::filesystem;
+
+std::string lower(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
+}
+
+}  // namespace
+
+int32_t TextureList::findFiles(const std::string& folder) {
+    std::map<std::string, std::string> files;
+    std::error_code code;
+    for (const auto& entry : stdfs::directory_iterator(folder, code)) {
+        if (entry.is_regular_file()) {
+            files[lower(entry.path().filename().string())] = entry.path().string();
+        }
+    }
+    if (code) {
+        throw platformError(kPathNotFound)
+            .setFile(folder)
+            .setDetail("the texture folder can't be read: " + code.message());
+    }
+    int32_t found = 0;
+    for (const auto& entry : items_) {
+        // Only the name's last part counts: a model's name never reaches outside the folder.
+        std::string name = entry->bitmap();
+        const auto cut = name.find_last_of("/\\");
+        if (cut != std::string::npos) name = name.substr(cut + 1);
+        const std::string stem = lower(stdfs::path(name).stem().string());
+        std::vector<std::string> candidates{lower(name)};
+        for (const char* extension : {".bmp", ".dds", ".tga", ".png", ".jpg", ".jpeg"})
+            candidates.push_back(stem + extension);
+        for (const auto& candidate : candidates) {
+            const auto match = files.find(candidate);
+            if (match != files.end()) {
+                entry->file(match->second);
+                ++found;
+                break;
+            }
+        }
+    }
+    return found;
+}
+
+}  // namespace velmora

@@ -1,0 +1,281 @@
+#include <velmora/MDLObject.h>
+#include <velmora/OpenGLPreviewObject.h>
+
+#include "foundation/Errors.h"
+#include "foundation/Host.h"
+#include "preview/EglSurface.h"
+#include "walk/GeometryCollector.h"
+
+#include <GL/gl.h>
+#include <GL/glu.h>
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <vector>
+
+namespace velmora {
+
+namespace {
+
+using walk::GeometryCollector;
+
+constexpr double kFieldOfView = 40;  // vertical, degrees
+constexpr double kMargin = 1.08;     // the fitted sphere leaves this much room around it
+
+using Point = std::array<double, 3>;
+
+// The walks emit (x, model z, model y); the drawing's world is right-handed with y up:
+// (x, model y, -model z), x to the east and -z to the north.
+Point world(const std::array<float, 3>& exchanged) {
+    return {exchanged[0], exchanged[2], -static_cast<double>(exchanged[1])};
+}
+
+// Column-major: takes what the walks emit to the world above.
+constexpr GLfloat kExchangedToWorld[16] = {1, 0, 0, 0, 0, 0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1};
+
+void checkView(const View& view) {
+    const auto finite = [](float v) { return std::isfinite(v); };
+    if (!finite(view.heading) || !finite(view.elevation) || !finite(view.distance) ||
+        !finite(view.zoom) || view.zoom <= 0 || view.distance < 0) {
+        raisePlatformError(kInvalidProcedureCall,
+                           "the view needs finite angles, a distance of 0 or more and a zoom "
+                           "above 0");
+    }
+}
+
+struct Sphere {
+    Point centre{};
+    double radius = 0;
+};
+
+Sphere boundsOf(const std::vector<GeometryCollector::Triangle>& triangles) {
+    Point low{HUGE_VAL, HUGE_VAL, HUGE_VAL};
+    Point high{-HUGE_VAL, -HUGE_VAL, -HUGE_VAL};
+    for (const auto& triangle : triangles) {
+        for (const auto& corner : triangle.corners) {
+            const Point p = world(corner.position);
+            for (std::size_t a = 0; a < 3; ++a) {
+                low[a] = std::min(low[a], p[a]);
+                high[a] = std::max(high[a], p[a]);
+            }
+        }
+    }
+    Sphere sphere;
+    for (std::size_t a = 0; a < 3; ++a)
+        sphere.centre[a] = (low[a] + high[a]) / 2;
+    for (const auto& triangle : triangles) {
+        for (const auto& corner : triangle.corners) {
+            const Point p = world(corner.position);
+            sphere.radius =
+                std::max(sphere.radius, std::hypot(p[0] - sphere.centre[0], p[1] - sphere.centre[1],
+                                                   p[2] - sphere.centre[2]));
+        }
+    }
+    // A model of a single point still gets a frame of its own.
+    if (!(sphere.radius > 0)) sphere.radius = 1;
+    return sphere;
+}
+
+void setSurface(const GeometryCollector::Surface& surface, const View& view) {
+    glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, surface.diffuse.data());
+    glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT, surface.ambient.data());
+    glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, surface.specular.data());
+    glMaterialfv(GL_FRONT_AND_BACK, GL_EMISSION, surface.emission.data());
+    if (surface.polygonOffset != 0) {
+        glEnable(GL_POLYGON_OFFSET_FILL);
+        glPolygonOffset(surface.polygonOffset, 0);
+    } else {
+        glDisable(GL_POLYGON_OFFSET_FILL);
+    }
+    if (surface.textureName == 0) {
+        glDisable(GL_TEXTURE_2D);
+        glDisable(GL_ALPHA_TEST);
+        glDisable(GL_BLEND);
+        return;
+    }
+    glEnable(GL_TEXTURE_2D);
+    glBindTexture(GL_TEXTURE_2D, surface.textureName);
+    glEnable(GL_ALPHA_TEST);
+    if (view.blendAlpha) {
+        // Clear texels still write no depth, so what lies behind them shows.
+        glAlphaFunc(GL_GREATER, 0.02f);
+        glEnable(GL_BLEND);
+    } else {
+        glAlphaFunc(GL_GEQUAL, 0.5f);
+        glDisable(GL_BLEND);
+    }
+}
+
+// The normal a triangle is lit with: its own, turned to the side the camera sees, since files
+// differ in winding and in which side their normals stand on; one worked out from the corners
+// where the file gives none.
+std::array<float, 3> litNormal(const GeometryCollector::Triangle& triangle, const Point& eye) {
+    std::array<double, 3> n{triangle.normal[0], triangle.normal[1], triangle.normal[2]};
+    const auto& p = triangle.corners;
+    if (n[0] == 0 && n[1] == 0 && n[2] == 0) {
+        std::array<double, 3> u{}, v{};
+        for (std::size_t a = 0; a < 3; ++a) {
+            u[a] = p[1].position[a] - p[0].position[a];
+            v[a] = p[2].position[a] - p[0].position[a];
+        }
+        n = {u[1] * v[2] - u[2] * v[1], u[2] * v[0] - u[0] * v[2], u[0] * v[1] - u[1] * v[0]};
+    }
+    double facing = 0;
+    for (std::size_t a = 0; a < 3; ++a)
+        facing += n[a] * (eye[a] - p[0].position[a]);
+    const double sign = facing < 0 ? -1 : 1;
+    return {static_cast<float>(sign * n[0]), static_cast<float>(sign * n[1]),
+            static_cast<float>(sign * n[2])};
+}
+
+// `eye` is the camera's position as the walks emit positions.
+void drawTriangles(const GeometryCollector& geometry, const View& view, const Point& eye) {
+    std::size_t current = SIZE_MAX;
+    bool open = false;
+    for (const auto& triangle : geometry.triangles()) {
+        if (triangle.surface != current) {
+            if (open) glEnd();
+            current = triangle.surface;
+            setSurface(geometry.surfaces()[current], view);
+            glBegin(GL_TRIANGLES);
+            open = true;
+        }
+        const std::array<float, 3> normal =
+            view.cullBackFaces ? triangle.normal : litNormal(triangle, eye);
+        glNormal3f(normal[0], normal[1], normal[2]);
+        for (const auto& corner : triangle.corners) {
+            glTexCoord2f(corner.texCoord[0], corner.texCoord[1]);
+            glVertex3f(corner.position[0], corner.position[1], corner.position[2]);
+        }
+    }
+    if (open) glEnd();
+}
+
+int64_t coveredPixels(int32_t width, int32_t height) {
+    std::vector<float> depth(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glReadPixels(0, 0, width, height, GL_DEPTH_COMPONENT, GL_FLOAT, depth.data());
+    glPixelStorei(GL_PACK_ALIGNMENT, 4);
+    return std::count_if(depth.begin(), depth.end(), [](float d) { return d < 1.0f; });
+}
+
+}  // namespace
+
+void MDLObject::glPrepareView(const std::shared_ptr<OpenGLPreviewObject>& oglPreview) {
+    for (const auto& entry : required(textureList_).elements()) {
+        yieldToHost();
+        entry->glPointer(
+            entry->file().empty() ? 0 : required(oglPreview).loadTextureWithAlpha(entry->file()));
+    }
+}
+
+ViewResult MDLObject::glDrawView(const View& view, int32_t hDC,
+                                 const std::optional<Scenario>& scenario) {
+    checkView(view);
+    const egl::SurfacePixels surface = egl::surfacePixels(hDC);
+
+    // What is drawn, with its extent, before anything is drawn: the walk goes to a collector.
+    GeometryCollector geometry;
+    const int16_t keptList = drawListId_;
+    try {
+        if (scenario) {
+            Scenario walked = *scenario;
+            if (!walked.viewerHeading()) walked.viewerHeading(view.heading);
+            if (view.distance > 0 && !walked.viewingDistance()) {
+                walked.viewingDistance(view.distance * 100.0 / view.zoom);
+            }
+            glGenerateDrawList(geometry, walked);
+        } else {
+            glGenerateDrawList(geometry);
+        }
+    } catch (...) {
+        drawListId_ = keptList;
+        throw;
+    }
+    drawListId_ = keptList;
+
+    ViewResult result;
+    result.triangles = static_cast<int64_t>(geometry.triangles().size());
+    const Sphere sphere = boundsOf(geometry.triangles());
+    const double aspect = static_cast<double>(surface.width) / surface.height;
+    const double halfHeight = kFieldOfView * std::numbers::pi / 360;
+    const double halfAngle = std::min(halfHeight, std::atan(aspect * std::tan(halfHeight)));
+    double distance =
+        view.distance > 0 ? view.distance : sphere.radius / std::sin(halfAngle) * kMargin;
+    distance = distance * 100.0 / view.zoom;
+    result.distance = static_cast<float>(distance);
+    result.radius = static_cast<float>(sphere.radius);
+
+    const double heading = view.heading * std::numbers::pi / 180;
+    const double elevation = std::clamp<double>(view.elevation, -90, 90) * std::numbers::pi / 180;
+    // The direction the camera looks along, in the world: north is -z.
+    const Point forward{std::sin(heading) * std::cos(elevation), -std::sin(elevation),
+                        -std::cos(heading) * std::cos(elevation)};
+    const Point eye{sphere.centre[0] - distance * forward[0],
+                    sphere.centre[1] - distance * forward[1],
+                    sphere.centre[2] - distance * forward[2]};
+    // Looking straight up or down, "up" on the frame is the heading.
+    const bool vertical = std::abs(std::cos(elevation)) < 1e-6;
+    const Point up = vertical ? Point{std::sin(heading), 0, -std::cos(heading)} : Point{0, 1, 0};
+    const double nearPlane = std::max({distance - sphere.radius * 1.05, distance * 1e-4, 1e-3});
+    const double farPlane = distance + sphere.radius * 1.05;
+
+    glPushAttrib(GL_ALL_ATTRIB_BITS);
+    glViewport(0, 0, surface.width, surface.height);
+    glClearColor(view.background[0], view.background[1], view.background[2], 1.0f);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    glEnable(GL_DEPTH_TEST);
+    glDepthFunc(GL_LEQUAL);
+    glShadeModel(GL_SMOOTH);
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
+    glFrontFace(GL_CCW);
+    if (view.cullBackFaces) {
+        glEnable(GL_CULL_FACE);
+        glCullFace(GL_BACK);
+    } else {
+        glDisable(GL_CULL_FACE);
+    }
+
+    glMatrixMode(GL_PROJECTION);
+    glPushMatrix();
+    glLoadIdentity();
+    gluPerspective(kFieldOfView, aspect, nearPlane, farPlane);
+    glMatrixMode(GL_MODELVIEW);
+    glPushMatrix();
+    glLoadIdentity();
+    // A sun above and behind the viewer's right shoulder, with light from the sky around.
+    const GLfloat sun[4] = {0.4f, 0.8f, 0.45f, 0.0f};
+    const GLfloat sunColour[4] = {0.75f, 0.75f, 0.72f, 1.0f};
+    const GLfloat sky[4] = {0.38f, 0.38f, 0.42f, 1.0f};
+    const GLfloat none[4] = {0, 0, 0, 1};
+    glLightfv(GL_LIGHT0, GL_POSITION, sun);
+    glLightfv(GL_LIGHT0, GL_DIFFUSE, sunColour);
+    glLightfv(GL_LIGHT0, GL_AMBIENT, none);
+    glLightfv(GL_LIGHT0, GL_SPECULAR, none);
+    glLightModelfv(GL_LIGHT_MODEL_AMBIENT, sky);
+    glLightModeli(GL_LIGHT_MODEL_TWO_SIDE, GL_FALSE);
+    glEnable(GL_LIGHTING);
+    glEnable(GL_LIGHT0);
+    glEnable(GL_NORMALIZE);
+    gluLookAt(eye[0], eye[1], eye[2], sphere.centre[0], sphere.centre[1], sphere.centre[2], up[0],
+              up[1], up[2]);
+    glMultMatrixf(kExchangedToWorld);
+
+    // The camera where the walks emit positions: (x, model z, model y) of the world's (x, y, -z).
+    drawTriangles(geometry, view, Point{eye[0], -eye[2], eye[1]});
+    glFinish();
+    result.pixels = coveredPixels(surface.width, surface.height);
+
+    glMatrixMode(GL_MODELVIEW);
+    glPopMatrix();
+    glMatrixMode(GL_PROJECTION);
+    glPopMatrix();
+    glMatrixMode(GL_MODELVIEW);
+    glPopAttrib();
+    egl::swapBuffers(hDC);
+    return result;
+}
+
+}  // namespace velmora

@@ -1,0 +1,212 @@
+#include "Rendering.h"
+
+#include <cmath>
+#include <cstdio>
+#include <sstream>
+
+namespace tool {
+
+namespace {
+
+// A surface with a current context for the length of one rendering.
+class Surface {
+  public:
+    Surface(int width, int height) : handle_(velmora::createPreviewSurface(width, height)) {
+        preview_->initOpenGL(handle_);
+    }
+    ~Surface() { velmora::destroyPreviewSurface(handle_); }
+    Surface(const Surface&) = delete;
+    Surface& operator=(const Surface&) = delete;
+    int32_t handle() const { return handle_; }
+    const std::shared_ptr<velmora::OpenGLPreviewObject>& preview() const { return preview_; }
+
+  private:
+    int32_t handle_;
+    std::shared_ptr<velmora::OpenGLPreviewObject> preview_ =
+        std::make_shared<velmora::OpenGLPreviewObject>();
+};
+
+float parseNumber(const std::string& text, const std::string& what) {
+    try {
+        std::size_t used = 0;
+        const float value = std::stof(text, &used);
+        if (used == text.size() && std::isfinite(value)) return value;
+    } catch (const std::exception&) {
+    }
+    throw UsageError("bad " + what + " '" + text + "': give a number");
+}
+
+std::array<float, 3> parseColour(const std::string& text) {
+    std::string hex = text;
+    if (!hex.empty() && hex.front() == '#') hex.erase(0, 1);
+    unsigned value = 0;
+    int used = 0;
+    if (hex.size() == 6 && std::sscanf(hex.c_str(), "%6x%n", &value, &used) == 1 && used == 6) {
+        return {static_cast<float>((value >> 16) & 255) / 255.0f,
+                static_cast<float>((value >> 8) & 255) / 255.0f,
+                static_cast<float>(value & 255) / 255.0f};
+    }
+    throw UsageError("bad --background '" + text + "': give RRGGBB in hexadecimal, such as ffffff");
+}
+
+}  // namespace
+
+void addRenderOptions(CLI::App& command, RenderOptions& o, bool withFixedFrame) {
+    command.add_option("--size", o.size, "Frame size WIDTHxHEIGHT")->capture_default_str();
+    command
+        .add_option("--heading", o.heading,
+                    "Compass heading the camera looks along, degrees (0 north, 90 east)")
+        ->capture_default_str();
+    command
+        .add_option("--elevation", o.elevation,
+                    "How far the camera looks down, degrees (0 horizontal, 90 from above)")
+        ->capture_default_str();
+    command.add_option("--distance", o.distance,
+                       "Camera distance from the model's centre, metres (default: fitted)");
+    command
+        .add_option("--zoom", o.zoom,
+                    "Percent: 200 twice as near, 50 twice as far (with --spec-frame: the "
+                    "fixed frame's zoom)")
+        ->capture_default_str();
+    command.add_option("--background", o.background, "Background colour RRGGBB")
+        ->capture_default_str();
+    command.add_flag("--cull", o.cull, "Draw only the front faces (files differ in winding)");
+    command.add_flag("--blend", o.blend, "Blend alpha textures instead of testing their alpha");
+    command.add_option("--day", o.day, "Day of the year, 1 to 366 (variable 906; default 172)");
+    command.add_option("--season", o.season,
+                       "The middle of a season: spring, summer, fall, winter, heavywinter");
+    command.add_flag("--night", o.night, "Night (time of day, variable 652, set to 4)");
+    command.add_option("--set", o.set, "Set a scenery variable: VAR=VALUE (repeatable)");
+    command.add_flag("--flat", o.flat,
+                     "Draw every part of the stream at once (no tests evaluated)");
+    command.add_option("--textures", o.textures,
+                       "Folder of the texture images, matched by name without regard to case");
+    if (!withFixedFrame) return;
+    command.add_flag("--spec-frame", o.specFrame,
+                     "The fixed frame of the preview: every part, turned by --heading and "
+                     "--pitch, panned by --pan-x and --pan-y, at --zoom percent");
+    command.add_option("--pitch", o.pitch, "With --spec-frame: tilt, degrees")
+        ->capture_default_str();
+    command.add_option("--pan-x", o.panX, "With --spec-frame: shift along the model's x");
+    command.add_option("--pan-y", o.panY, "With --spec-frame: shift along the model's z");
+}
+
+RenderSettings checkRenderSettings(const RenderOptions& o) {
+    RenderSettings s;
+    char separator = 0;
+    if (std::sscanf(o.size.c_str(), "%d%c%d", &s.width, &separator, &s.height) != 3 ||
+        (separator != 'x' && separator != 'X') || s.width < 1 || s.height < 1) {
+        throw UsageError("bad --size '" + o.size + "': give WIDTHxHEIGHT, such as 800x600");
+    }
+    const int limit = velmora::previewSurfaceLimit();
+    if (limit > 0 && (s.width > limit || s.height > limit)) {
+        throw UsageError("--size " + o.size + " is larger than the drawing surfaces allow, " +
+                         std::to_string(limit) + " pixels a side");
+    }
+    for (const auto& [name, value] :
+         {std::pair{"--heading", o.heading}, std::pair{"--elevation", o.elevation},
+          std::pair{"--distance", o.distance}, std::pair{"--zoom", o.zoom},
+          std::pair{"--pitch", o.pitch}, std::pair{"--pan-x", o.panX},
+          std::pair{"--pan-y", o.panY}}) {
+        if (!std::isfinite(value)) throw UsageError(std::string(name) + " must be a number");
+    }
+    if (!(o.zoom > 0)) throw UsageError("--zoom must be a percentage above 0");
+    if (o.distance < 0) throw UsageError("--distance must be 0 (fitted) or more");
+    if (o.elevation < -90 || o.elevation > 90) {
+        throw UsageError("--elevation must lie from -90 to 90 degrees");
+    }
+    s.view.heading = o.heading;
+    s.view.elevation = o.elevation;
+    s.view.distance = o.distance;
+    s.view.zoom = o.zoom;
+    s.view.background = parseColour(o.background);
+    s.view.cullBackFaces = o.cull;
+    s.view.blendAlpha = o.blend;
+    if (o.day != 0) {
+        if (o.day < 1 || o.day > 366) throw UsageError("--day must lie from 1 to 366");
+        s.scenario.day(o.day);
+    }
+    if (!o.season.empty()) {
+        static const std::pair<const char*, velmora::textureVariant> seasons[] = {
+            {"spring", velmora::spring}, {"summer", velmora::summer},
+            {"fall", velmora::autumn},   {"autumn", velmora::autumn},
+            {"winter", velmora::winter}, {"heavywinter", velmora::heavywinter}};
+        bool known = false;
+        for (const auto& [name, season] : seasons) {
+            if (o.season == name) {
+                s.scenario.season(season);
+                known = true;
+            }
+        }
+        if (!known) {
+            throw UsageError("unknown --season '" + o.season +
+                             "': give spring, summer, fall, winter or heavywinter");
+        }
+    }
+    if (o.night) s.scenario.night();
+    for (const std::string& setting : o.set) {
+        const auto equals = setting.find('=');
+        if (equals == std::string::npos) {
+            throw UsageError("bad --set '" + setting + "': give VAR=VALUE, such as 798=2");
+        }
+        const float variable = parseNumber(setting.substr(0, equals), "variable in --set");
+        const float value = parseNumber(setting.substr(equals + 1), "value in --set");
+        s.scenario.set(static_cast<int32_t>(variable), static_cast<int32_t>(value));
+    }
+    s.flat = o.flat;
+    s.specFrame = o.specFrame;
+    s.pitch = o.pitch;
+    s.panX = o.panX;
+    s.panY = o.panY;
+    s.textures = o.textures;
+    return s;
+}
+
+Picture renderModel(velmora::MDLObject& model, const RenderSettings& settings,
+                    const std::vector<float>& headings, int columns) {
+    if (!settings.textures.empty()) model.TextureList()->findFiles(settings.textures);
+    const std::vector<float> turns =
+        headings.empty() ? std::vector<float>{settings.view.heading} : headings;
+    const int rows = (static_cast<int>(turns.size()) + columns - 1) / columns;
+    Picture picture;
+    picture.width = settings.width * columns;
+    picture.height = settings.height * rows;
+    picture.rgb.assign(static_cast<std::size_t>(picture.width) * picture.height * 3, 255);
+    Surface surface(settings.width, settings.height);
+    if (settings.specFrame) {
+        model.glPreparepreview(surface.preview());
+    } else {
+        model.glPrepareView(surface.preview());
+    }
+    for (std::size_t i = 0; i < turns.size(); ++i) {
+        if (settings.specFrame) {
+            model.glDrawMDL(turns[i], settings.pitch, settings.panX, settings.panY,
+                            static_cast<float>(settings.width) * velmora::TwipsPerPixelX(),
+                            static_cast<float>(settings.height) * velmora::TwipsPerPixelY(),
+                            surface.handle(), settings.view.zoom);
+            picture.pixelsDrawn = -1;
+        } else {
+            velmora::View view = settings.view;
+            view.heading = turns[i];
+            const velmora::ViewResult result =
+                settings.flat ? model.glDrawView(view, surface.handle(), std::nullopt)
+                              : model.glDrawView(view, surface.handle(), settings.scenario);
+            picture.pixelsDrawn += result.pixels;
+        }
+        const std::vector<uint8_t> frame = velmora::previewSurfacePixels(surface.handle());
+        const int column = static_cast<int>(i) % columns;
+        const int row = static_cast<int>(i) / columns;
+        const std::size_t frameRow = static_cast<std::size_t>(settings.width) * 3;
+        for (int y = 0; y < settings.height; ++y) {
+            const std::size_t to = (static_cast<std::size_t>(row * settings.height + y) *
+                                        static_cast<std::size_t>(picture.width) +
+                                    static_cast<std::size_t>(column * settings.width)) *
+                                   3;
+            std::copy_n(frame.begin() + static_cast<std::ptrdiff_t>(frameRow * y), frameRow,
+                        picture.rgb.begin() + static_cast<std::ptrdiff_t>(to));
+        }
+    }
+    return picture;
+}
+
+}  // namespace tool
