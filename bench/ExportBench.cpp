@@ -68,4 +68,17 @@ void BM_ExportASM(benchmark::State& state) {
 }
 BENCHMARK(BM_ExportASM)->Unit(benchmark::kMillisecond)->UseRealTime();
 
+// glTF of the saveable model without images: every part, the seasonal runs as variant nodes.
+void BM_ExportGLTF(benchmark::State& state) {
+    ExportModel& source = exportModel(1);
+    const std::string path = benchFile("model.glb");
+    int64_t triangles = 0;
+    for (auto _ : state)
+        triangles = source.model.exportGLTF(path).triangles;
+    state.SetItemsProcessed(state.iterations() * triangles);
+    state.SetBytesProcessed(state.iterations() * fileSize(path));
+    state.counters["triangles"] = static_cast<double>(triangles);
+}
+BENCHMARK(BM_ExportGLTF)->Unit(benchmark::kMillisecond)->UseRealTime();
+
 }  // namespace

@@ -12,7 +12,12 @@ packages=(
     libcli11-dev nlohmann-json3-dev
     clang libclang-rt-14-dev
     python3
+    chromium assimp-utils
 )
+# Node.js runs the glTF readers of tests/gltf; a machine that has it from elsewhere keeps it.
+if ! command -v node >/dev/null || ! command -v npm >/dev/null; then
+    packages+=(nodejs npm)
+fi
 
 missing=()
 for p in "${packages[@]}"; do
@@ -21,7 +26,20 @@ for p in "${packages[@]}"; do
     fi
 done
 
+# The Khronos glTF validator, three.js and playwright-core, from the npm registry, into the
+# folder the glTF tests use.
+install_gltf_readers() {
+    local folder
+    folder="$(dirname "$0")/../tests/gltf"
+    if [ ! -d "$folder/node_modules" ] || [ "$folder/package-lock.json" -nt "$folder/node_modules" ]; then
+        echo "Installing the glTF readers into tests/gltf/node_modules"
+        (cd "$folder" && npm ci --no-audit --no-fund --loglevel=error >/dev/null)
+        touch "$folder/node_modules"
+    fi
+}
+
 if [ ${#missing[@]} -eq 0 ]; then
+    install_gltf_readers
     exit 0
 fi
 
@@ -35,3 +53,4 @@ echo "Installing: ${missing[*]}"
 export DEBIAN_FRONTEND=noninteractive
 apt-get update -qq
 apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+install_gltf_readers

@@ -32,6 +32,15 @@ class DrawListSink {
         static_cast<void>(material);
         static_cast<void>(texture);
     }
+    // Before each command the walk comes to: its 1-based position in the command list.
+    virtual void atCommand(int32_t position) { static_cast<void>(position); }
+    // At a BGL_LIGHT: where it stands, in the frame of glVertex3f, and its colour 0xAARRGGBB.
+    virtual void pointLight(float x, float y, float z, uint32_t colour) {
+        static_cast<void>(x);
+        static_cast<void>(y);
+        static_cast<void>(z);
+        static_cast<void>(colour);
+    }
 };
 
 // Keeps every operation, with its arguments, in order.

@@ -3,6 +3,7 @@
 #include <velmora/BGLCommandList.h>
 #include <velmora/BGLOpcodeDictionary.h>
 #include <velmora/BoundingBox.h>
+#include <velmora/GLTFExport.h>
 #include <velmora/MDLHeader.h>
 #include <velmora/MaterialList.h>
 #include <velmora/Scenario.h>
@@ -117,6 +118,14 @@ class MDLObject {
     void exportASM(const std::string& f);
     void exportFLT(const std::string& f, const std::string& texFormat, bool saveATTR = true,
                    float extraRotation = 0);
+    // Our own addition: writes the model as glTF 2.0: `f` ending in .glb for one binary file,
+    // in .gltf for JSON with a .bin and PNG images beside it. Images are found in
+    // `textureFolder` by the textures' names (as TextureList::findFiles finds them), or else at
+    // their `file`. Without a scenario every part is written, each seasonal variant and level
+    // of detail as a node of its own; with one, what the scenario walk draws. Every file is
+    // written beside its target and moved into place when whole.
+    GLTFExport exportGLTF(const std::string& f, const std::string& textureFolder = "",
+                          const std::optional<Scenario>& scenario = std::nullopt);
 
     void MDLPath(const std::string& value) { mdlPath_ = value; }
     // The path of the last load (or the one a host gave).

@@ -36,6 +36,8 @@ class Scenario {
     Scenario& set(int32_t variable, int32_t value);
     int32_t value(int32_t variable) const;
     bool isSet(int32_t variable) const { return values_.count(variable) != 0; }
+    // The variables set, with their values.
+    const std::map<int32_t, int32_t>& values() const { return values_; }
 
     Scenario& day(int32_t dayOfYear) { return set(kDayOfYear, dayOfYear); }
     // The middle of a season: spring 105, summer 196, autumn 288, winter 15, heavywinter 35.

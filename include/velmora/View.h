@@ -32,6 +32,9 @@ struct ViewResult {
     int64_t pixels = 0;     // pixels of the frame the model covers
     float distance = 0;     // the camera's distance from the centre of what was drawn
     float radius = 0;       // the radius of what was drawn, around its centre
+    // The centre of what was drawn, in the drawing's axes: (x, y, -z) of the model's, which are
+    // glTF's axes too.
+    std::array<float, 3> centre{};
 };
 
 }  // namespace velmora

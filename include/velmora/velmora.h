@@ -12,6 +12,7 @@
 #include <velmora/ConditionList.h>
 #include <velmora/DrawListSink.h>
 #include <velmora/Error.h>
+#include <velmora/GLTFExport.h>
 #include <velmora/GuardAnalysis.h>
 #include <velmora/Host.h>
 #include <velmora/IndexKey.h>

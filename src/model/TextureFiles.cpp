@@ -1,6 +1,7 @@
 #include <velmora/TextureList.h>
 
 #include "foundation/Errors.h"
+#include "model/TextureFiles.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -20,7 +21,8 @@ std::string lower(std::string text) {
 
 }  // namespace
 
-int32_t TextureList::findFiles(const std::string& folder) {
+std::vector<std::string> detail::textureFiles(const TextureList& textures,
+                                              const std::string& folder) {
     std::map<std::string, std::string> files;
     std::error_code code;
     for (const auto& entry : stdfs::directory_iterator(folder, code)) {
@@ -33,8 +35,8 @@ int32_t TextureList::findFiles(const std::string& folder) {
             .setFile(folder)
             .setDetail("the texture folder can't be read: " + code.message());
     }
-    int32_t found = 0;
-    for (const auto& entry : items_) {
+    std::vector<std::string> found;
+    for (const auto& entry : textures) {
         // Only the name's last part counts: a model's name never reaches outside the folder.
         std::string name = entry->bitmap();
         const auto cut = name.find_last_of("/\\");
@@ -43,16 +45,27 @@ int32_t TextureList::findFiles(const std::string& folder) {
         std::vector<std::string> candidates{lower(name)};
         for (const char* extension : {".bmp", ".dds", ".tga", ".png", ".jpg", ".jpeg"})
             candidates.push_back(stem + extension);
+        found.emplace_back();
         for (const auto& candidate : candidates) {
             const auto match = files.find(candidate);
             if (match != files.end()) {
-                entry->file(match->second);
-                ++found;
+                found.back() = match->second;
                 break;
             }
         }
     }
     return found;
+}
+
+int32_t TextureList::findFiles(const std::string& folder) {
+    const std::vector<std::string> found = detail::textureFiles(*this, folder);
+    int32_t count = 0;
+    for (std::size_t i = 0; i < found.size(); ++i) {
+        if (found[i].empty()) continue;
+        items_.at0(i)->file(found[i]);
+        ++count;
+    }
+    return count;
 }
 
 }  // namespace velmora

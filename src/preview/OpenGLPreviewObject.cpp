@@ -2,7 +2,7 @@
 
 #include "foundation/Errors.h"
 #include "preview/EglSurface.h"
-#include "preview/ImageFile.h"
+#include "image/ImageFile.h"
 
 #include <GL/gl.h>
 

@@ -3,7 +3,7 @@
 #include "foundation/Errors.h"
 #include "foundation/FileSystem.h"
 #include "preview/EglSurface.h"
-#include "preview/ImageFile.h"
+#include "image/ImageFile.h"
 
 namespace velmora {
 

@@ -206,6 +206,8 @@ ViewResult MDLObject::glDrawView(const View& view, int32_t hDC,
     distance = distance * 100.0 / view.zoom;
     result.distance = static_cast<float>(distance);
     result.radius = static_cast<float>(sphere.radius);
+    for (std::size_t a = 0; a < 3; ++a)
+        result.centre[a] = static_cast<float>(sphere.centre[a]);
 
     const double heading = view.heading * std::numbers::pi / 180;
     const double elevation = std::clamp<double>(view.elevation, -90, 90) * std::numbers::pi / 180;

@@ -113,9 +113,26 @@ void DrawEmitter::emit(const BGLCommand& command) {
         case DRAW_TRI_LIST_ITEM:
             triangle(command);
             break;
+        case BGL_LIGHT:
+            light(command);
+            break;
         default:
             break;
     }
+}
+
+void DrawEmitter::light(const BGLCommand& command) {
+    std::array<float, 3> p{};
+    uint32_t colour = 0;
+    try {
+        p = transform_.point(static_cast<float>(parameter(command, 1)),
+                             static_cast<float>(parameter(command, 2)),
+                             static_cast<float>(parameter(command, 3)));
+        colour = static_cast<uint32_t>(numbers::toInt32(parameter(command, 7)));
+    } catch (const Error&) {
+        return;  // a light whose parameters are no numbers draws nothing, as every light
+    }
+    sink_.pointLight(p[0], p[2], p[1], colour);
 }
 
 void DrawEmitter::zBias(const BGLCommand& command) {

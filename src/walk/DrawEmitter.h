@@ -39,7 +39,9 @@ class DrawEmitter {
     void setMaterial(const BGLCommand& command);
     void beginTriangleList(const BGLCommand& command);
     void triangle(const BGLCommand& command);
-    // Passes one command on: the four above, nothing for the rest.
+    // A BGL_LIGHT, for the sinks that keep lights (sinks that draw pass over it).
+    void light(const BGLCommand& command);
+    // Passes one command on: the five above, nothing for the rest.
     void emit(const BGLCommand& command);
 
     // Positions and normals of later triangles go through `transform` (the scenario walk's

@@ -22,6 +22,7 @@ void MDLObject::glGenerateDrawList(DrawListSink& sink) {
         for (const auto& element : commands.commands()) {
             yieldToHost();
             ++position;
+            sink.atCommand(position);
             emitter.emit(*element);
         }
     } catch (Error& error) {

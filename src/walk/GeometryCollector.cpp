@@ -42,12 +42,18 @@ void GeometryCollector::selectMaterial(int32_t material, int32_t texture) {
     Surface& surface = changing();
     surface.material = material;
     surface.texture = texture;
+    surface.setAt = command_;
+}
+
+void GeometryCollector::pointLight(float x, float y, float z, uint32_t colour) {
+    lights_.push_back({{x, y, z}, colour});
 }
 
 void GeometryCollector::glBegin(uint32_t) {
     if (surfaces_.empty()) changing();
     current_ = Triangle{};
     current_.surface = surfaces_.size() - 1;
+    current_.command = command_;
     corner_ = 0;
 }
 

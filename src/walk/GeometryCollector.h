@@ -22,6 +22,7 @@ class GeometryCollector final : public DrawListSink {
         std::array<float, 4> specular{0, 0, 0, 1};
         std::array<float, 4> emission{0, 0, 0, 1};
         float polygonOffset = 0;
+        int32_t setAt = 0;  // position of the SET_MATERIAL that chose it; 0 before any
     };
     struct Corner {
         std::array<float, 3> position{};
@@ -29,12 +30,19 @@ class GeometryCollector final : public DrawListSink {
     };
     struct Triangle {
         std::size_t surface = 0;  // index into surfaces()
+        int32_t command = 0;      // position of the DRAW_TRI_LIST_ITEM
         std::array<float, 3> normal{};
         std::array<Corner, 3> corners{};
     };
 
+    struct Light {
+        std::array<float, 3> position{};
+        uint32_t colour = 0;  // 0xAARRGGBB
+    };
+
     const std::vector<Surface>& surfaces() const { return surfaces_; }
     const std::vector<Triangle>& triangles() const { return triangles_; }
+    const std::vector<Light>& lights() const { return lights_; }
 
     uint32_t glGenLists(int32_t range) override;
     void glNewList(uint32_t, uint32_t) override {}
@@ -48,6 +56,8 @@ class GeometryCollector final : public DrawListSink {
     void glVertex3f(float x, float y, float z) override;
     void glEnd() override;
     void selectMaterial(int32_t material, int32_t texture) override;
+    void atCommand(int32_t position) override { command_ = position; }
+    void pointLight(float x, float y, float z, uint32_t colour) override;
 
   private:
     // The surface being changed: a new one once a triangle has used the last.
@@ -55,6 +65,8 @@ class GeometryCollector final : public DrawListSink {
 
     std::vector<Surface> surfaces_;
     std::vector<Triangle> triangles_;
+    std::vector<Light> lights_;
+    int32_t command_ = 0;
     bool surfaceUsed_ = true;
     Triangle current_;
     std::array<float, 2> texCoord_{};

@@ -117,6 +117,7 @@ void MDLObject::glGenerateDrawList(DrawListSink& sink, const Scenario& scenario)
                 raiseEndless(p, "it took more than " + numbers::formatGrouped(mostSteps) +
                                     " steps; the stream loops");
             }
+            sink.atCommand(p);
             const BGLCommand& command = *commands.at0(static_cast<std::size_t>(p - 1));
             const BGLOpcode opcode = command.opcode();
             if (detail::isTest(opcode)) {

@@ -302,7 +302,7 @@ TEST_F(ToolTest, EveryCommandFollowsOneRuleForOutputs) {
     chmod(readOnly.c_str(), 0444);
     stdfs::create_directories(dir.file("folder"));
     const std::vector<std::string> commands = {"render " + model, "export-asm " + model,
-                                               "export-flt " + model,
+                                               "export-flt " + model, "export-gltf " + model,
                                                "edit " + model + " --add-kill-shadow"};
     for (const std::string& command : commands) {
         SCOPED_TRACE(command);
@@ -323,7 +323,10 @@ TEST_F(ToolTest, EveryCommandFollowsOneRuleForOutputs) {
     EXPECT_EQ(runTool("export-asm " + model + " -o -").out.rfind("; ####", 0), 0u);
     EXPECT_EQ(runTool("edit " + model + " -o - --add-kill-shadow").out.substr(0, 4), "RIFF");
     EXPECT_EQ(runTool("export-flt " + model + " -o -").status, 2);
-    EXPECT_EQ(dir.listing(), "folder samples taken") << "no stray files";
+    EXPECT_EQ(runTool("export-gltf " + model + " -o -").out.substr(0, 4), "glTF");
+    EXPECT_EQ(runTool("export-gltf " + model + " -o x.gltf", dir.path()).status, 0);
+    EXPECT_EQ(runTool("export-gltf " + model + " -o x.obj").status, 2);
+    EXPECT_EQ(dir.listing(), "folder samples taken x.bin x.gltf") << "no stray files";
 }
 
 TEST_F(ToolTest, FailuresSayWhereAndUsageErrorsExitTwo) {

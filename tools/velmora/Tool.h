@@ -67,8 +67,9 @@ class Output {
     enum class Stream { Refused, Text, Binary };
 
     // Checks the target at once. `stream` says whether "-" may stand for standard output, and
-    // whether what goes there is binary (refused on a terminal).
-    Output(std::string target, Stream stream);
+    // whether what goes there is binary (refused on a terminal); what goes there is first
+    // written to a temporary file named like `streamName` (writers that go by the extension).
+    Output(std::string target, Stream stream, std::string streamName = "out");
 
     bool toStandardOutput() const { return toStandardOutput_; }
     const std::string& target() const { return target_; }
@@ -81,6 +82,7 @@ class Output {
 
   private:
     std::string target_;
+    std::string streamName_;
     bool toStandardOutput_ = false;
 };
 

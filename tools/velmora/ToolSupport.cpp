@@ -95,7 +95,8 @@ void copyToStandardOutput(const std::string& path) {
 
 }  // namespace
 
-Output::Output(std::string target, Stream stream) : target_(std::move(target)) {
+Output::Output(std::string target, Stream stream, std::string streamName)
+    : target_(std::move(target)), streamName_(std::move(streamName)) {
     if (target_ == "-") {
         if (stream == Stream::Refused) {
             throw UsageError(
@@ -127,9 +128,9 @@ Output::Output(std::string target, Stream stream) : target_(std::move(target)) {
 
 void Output::write(const std::function<void(const std::string& path)>& writeTo,
                    const std::function<void(const std::string& path)>& check) const {
-    const std::string temporary = toStandardOutput_
-                                      ? temporaryBeside(stdfs::temp_directory_path() / "out")
-                                      : temporaryBeside(target_);
+    const std::string temporary =
+        toStandardOutput_ ? temporaryBeside(stdfs::temp_directory_path() / streamName_)
+                          : temporaryBeside(target_);
     std::error_code ignored;
     try {
         writeTo(temporary);

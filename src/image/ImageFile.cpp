@@ -1,4 +1,4 @@
-#include "preview/ImageFile.h"
+#include "image/ImageFile.h"
 
 #include "foundation/Errors.h"
 
@@ -127,6 +127,32 @@ std::string encodePNG(const std::vector<uint8_t>& rgb, int32_t width, int32_t he
             to[3 * x + FI_RGBA_RED] = from[3 * x + 0];
             to[3 * x + FI_RGBA_GREEN] = from[3 * x + 1];
             to[3 * x + FI_RGBA_BLUE] = from[3 * x + 2];
+        }
+    }
+    Memory memory(FreeImage_OpenMemory());
+    if (!memory || !FreeImage_SaveToMemory(FIF_PNG, bitmap.get(), memory.get(), PNG_DEFAULT)) {
+        raisePlatformError(kPathFileAccessError);
+    }
+    BYTE* data = nullptr;
+    DWORD size = 0;
+    FreeImage_AcquireMemory(memory.get(), &data, &size);
+    return std::string(reinterpret_cast<const char*>(data), size);
+}
+
+std::string encodePNG(const RgbaImage& image) {
+    ensureFreeImage();
+    const int bits = image.translucent ? 32 : 24;
+    Bitmap bitmap(FreeImage_Allocate(image.width, image.height, bits));
+    if (!bitmap) raisePlatformError(kOverflow);
+    const int step = bits / 8;
+    for (int32_t y = 0; y < image.height; ++y) {
+        const uint8_t* from = image.rgbaRows.data() + static_cast<std::size_t>(y) * image.width * 4;
+        BYTE* to = FreeImage_GetScanLine(bitmap.get(), y);
+        for (int32_t x = 0; x < image.width; ++x) {
+            to[step * x + FI_RGBA_RED] = from[4 * x + 0];
+            to[step * x + FI_RGBA_GREEN] = from[4 * x + 1];
+            to[step * x + FI_RGBA_BLUE] = from[4 * x + 2];
+            if (step == 4) to[step * x + FI_RGBA_ALPHA] = from[4 * x + 3];
         }
     }
     Memory memory(FreeImage_OpenMemory());

@@ -5,8 +5,9 @@
 #include <string>
 #include <vector>
 
-// The image layer of the preview, on FreeImage: reads texture files of any format it knows
-// and writes frames as PNG, all in memory.
+// The image layer, on FreeImage: reads texture files of any format it knows and writes PNG, all
+// in memory, for the preview and the exports. Without it (a build without the preview) reads
+// find nothing and writes fail with a clear error.
 namespace velmora::image {
 
 // An image as glTexImage2D takes it with GL_BGR_EXT: 3 bytes a pixel in the order blue, green,
@@ -38,5 +39,7 @@ std::optional<RgbaImage> readRgbaImage(const std::string& path);
 
 // Encodes RGB pixels, rows from top to bottom, as a PNG file's bytes.
 std::string encodePNG(const std::vector<uint8_t>& rgb, int32_t width, int32_t height);
+// Encodes an RGBA image as PNG, with its alpha when it is translucent.
+std::string encodePNG(const RgbaImage& image);
 
 }  // namespace velmora::image

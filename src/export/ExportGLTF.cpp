@@ -1,0 +1,363 @@
+#include <velmora/GuardAnalysis.h>
+#include <velmora/MDLObject.h>
+#include <velmora/Windows1252.h>
+
+#include "export/GLTFBuilder.h"
+#include "export/GLTFVariants.h"
+#include "foundation/Errors.h"
+#include "foundation/FileSystem.h"
+#include "image/ImageFile.h"
+#include "model/TextureFiles.h"
+#include "walk/GeometryCollector.h"
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <map>
+#include <tuple>
+
+// Axes: a model has x to the east, y up and z to the north, with the simulator's clockwise
+// triangles facing out. glTF is right-handed with +Y up and +Z forward: a model's (x, y, z) is
+// written as (x, y, -z), north being -Z and the model's south side facing forward. The mirror
+// that takes one frame to the other also turns the simulator's clockwise front faces into
+// glTF's counter-clockwise ones, so the corners keep their order; materials are double-sided,
+// since files differ in winding. Texture coordinates count v from the image's top: v = 1 - ty.
+namespace velmora {
+
+namespace {
+
+using nlohmann::json;
+using walk::GeometryCollector;
+
+struct Output {
+    std::string path;
+    bool binary = true;
+};
+
+Output outputOf(const std::string& f) {
+    std::string lower = f;
+    std::transform(lower.begin(), lower.end(), lower.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    const auto endsWith = [&lower](const std::string& tail) {
+        return lower.size() > tail.size() &&
+               lower.compare(lower.size() - tail.size(), tail.size(), tail) == 0;
+    };
+    if (endsWith(".glb")) return {f, true};
+    if (endsWith(".gltf")) return {f, false};
+    raisePlatformError(kInvalidProcedureCall, "give a file name ending in .glb or .gltf");
+}
+
+// A position or normal as the walks emit them (x, model z, model y), in glTF's axes.
+std::array<float, 3> gltfAxes(const std::array<float, 3>& exchanged) {
+    return {exchanged[0], exchanged[2], -exchanged[1]};
+}
+
+// The triangle's corners in glTF, with a unit normal; nothing for a triangle without area.
+std::optional<std::array<gltf::Vertex, 3>> cornersOf(const GeometryCollector::Triangle& t,
+                                                     bool textured) {
+    std::array<gltf::Vertex, 3> corners;
+    for (std::size_t k = 0; k < 3; ++k) {
+        corners[k].position = gltfAxes(t.corners[k].position);
+        if (textured) corners[k].uv = {t.corners[k].texCoord[0], 1.0f - t.corners[k].texCoord[1]};
+    }
+    const auto& a = corners[0].position;
+    const auto& b = corners[1].position;
+    const auto& c = corners[2].position;
+    const std::array<double, 3> u{b[0] - a[0], b[1] - a[1], b[2] - a[2]};
+    const std::array<double, 3> v{c[0] - a[0], c[1] - a[1], c[2] - a[2]};
+    const std::array<double, 3> face{u[1] * v[2] - u[2] * v[1], u[2] * v[0] - u[0] * v[2],
+                                     u[0] * v[1] - u[1] * v[0]};
+    const double area = std::hypot(face[0], face[1], face[2]);
+    if (!(area > 0) || !std::isfinite(area)) return std::nullopt;
+    std::array<float, 3> normal = gltfAxes(t.normal);
+    double length = std::hypot(normal[0], normal[1], normal[2]);
+    if (!(length > 0) || !std::isfinite(length)) {
+        normal = {static_cast<float>(face[0]), static_cast<float>(face[1]),
+                  static_cast<float>(face[2])};
+        length = area;
+    }
+    for (auto& corner : corners) {
+        for (std::size_t i = 0; i < 3; ++i)
+            corner.normal[i] = static_cast<float>(normal[i] / length);
+    }
+    return corners;
+}
+
+float clamp01(float value) {
+    return std::isfinite(value) ? std::clamp(value, 0.0f, 1.0f) : 0.0f;
+}
+
+// Materials and images of the export, made once each as the triangles ask for them.
+class Looks {
+  public:
+    Looks(const MDLObject& model, gltf::Builder& builder, const std::string& textureFolder,
+          GLTFExport& summary)
+        : model_(model), builder_(builder), summary_(summary) {
+        const velmora::TextureList& textures = *model.TextureList();
+        files_ = textureFolder.empty() ? std::vector<std::string>()
+                                       : detail::textureFiles(textures, textureFolder);
+        folder_ = textureFolder;
+    }
+
+    // The glTF material of a model material and texture (-1: none), and whether it is textured.
+    std::pair<int32_t, bool> material(int32_t material, int32_t texture) {
+        const auto key = std::pair(material, texture);
+        const auto found = made_.find(key);
+        if (found != made_.end()) return found->second;
+        gltf::MaterialLook look;
+        look.name = "material " + std::to_string(material);
+        const velmora::MaterialList& materials = *model_.MaterialList();
+        if (material >= 0 && material < materials.Count()) {
+            const velmora::material& m =
+                *materials.elements().at0(static_cast<std::size_t>(material));
+            look.baseColour = {clamp01(m.Diffuse()->r()), clamp01(m.Diffuse()->g()),
+                               clamp01(m.Diffuse()->b()), clamp01(m.Diffuse()->a())};
+            look.emissive = {clamp01(m.Emmisive()->r()), clamp01(m.Emmisive()->g()),
+                             clamp01(m.Emmisive()->b())};
+            // Roughness from the specular power: 0 matte, 8 gives 0.75, 32 gives 0.5, 128 0.1.
+            look.roughness =
+                std::clamp(1.0f - std::sqrt(std::max(0.0f, m.Power()) / 128.0f), 0.1f, 1.0f);
+            if (!std::isfinite(look.roughness)) look.roughness = 1;
+        }
+        if (look.baseColour[3] < 1) look.alpha = gltf::MaterialLook::Alpha::Blend;
+        const std::optional<Image> image = imageOf(texture);
+        if (image) {
+            // A textured surface is lit white: the material's colours are not used.
+            look.name += ", " + utf8FromWindows1252(textureName(texture));
+            look.baseColour = {1, 1, 1, 1};
+            look.emissive = {0, 0, 0};
+            look.image = image->index;
+            look.alpha = image->translucent ? gltf::MaterialLook::Alpha::Mask
+                                            : gltf::MaterialLook::Alpha::Opaque;
+        }
+        const std::pair<int32_t, bool> made{builder_.addMaterial(look), image.has_value()};
+        made_.emplace(key, made);
+        return made;
+    }
+
+  private:
+    struct Image {
+        int32_t index = 0;
+        bool translucent = false;
+    };
+
+    std::string textureName(int32_t texture) const {
+        return model_.TextureList()->elements().at0(static_cast<std::size_t>(texture))->bitmap();
+    }
+
+    std::optional<Image> imageOf(int32_t texture) {
+        if (texture < 0 || texture >= model_.TextureList()->Count()) return std::nullopt;
+        const auto found = images_.find(texture);
+        if (found != images_.end()) return found->second;
+        const auto t = static_cast<std::size_t>(texture);
+        const std::string file =
+            !files_.empty() ? files_[t] : model_.TextureList()->elements().at0(t)->file();
+        std::optional<Image> image;
+        const std::optional<image::RgbaImage> pixels =
+            file.empty() ? std::nullopt : image::readRgbaImage(file);
+        if (pixels) {
+            image = Image{builder_.addImage(image::encodePNG(*pixels)), pixels->translucent};
+            ++summary_.images;
+        } else {
+            summary_.warnings.push_back(
+                "texture " + std::to_string(texture) + " (" +
+                utf8FromWindows1252(textureName(texture)) + "): " +
+                (file.empty()
+                     ? "no image found" + (folder_.empty() ? std::string() : " in " + folder_)
+                     : "the image " + file + " can't be read") +
+                "; its material is written without it");
+        }
+        images_.emplace(texture, image);
+        return image;
+    }
+
+    const MDLObject& model_;
+    gltf::Builder& builder_;
+    GLTFExport& summary_;
+    std::vector<std::string> files_;
+    std::string folder_;
+    std::map<std::pair<int32_t, int32_t>, std::pair<int32_t, bool>> made_;
+    std::map<int32_t, std::optional<Image>> images_;
+};
+
+// The triangles of one node, a primitive a material.
+class NodeMesh {
+  public:
+    void add(const GeometryCollector::Triangle& t, std::pair<int32_t, bool> material,
+             GLTFExport& summary) {
+        const auto corners = cornersOf(t, material.second);
+        if (!corners) return;
+        auto& primitive = primitives_[material.first];
+        primitive.material = material.first;
+        primitive.textured = material.second;
+        primitive.addTriangle(*corners);
+        ++summary.triangles;
+    }
+    std::vector<gltf::Primitive> primitives() const {
+        std::vector<gltf::Primitive> out;
+        for (const auto& [material, primitive] : primitives_)
+            out.push_back(primitive);
+        return out;
+    }
+
+  private:
+    std::map<int32_t, gltf::Primitive> primitives_;
+};
+
+json boxJson(const velmora::BoundingBox& box) {
+    return {{"min", {box.xmin(), box.ymin(), box.zmin()}},
+            {"max", {box.xmax(), box.ymax(), box.zmax()}}};
+}
+
+// What a node of variants is called and what its extras say.
+struct NodeKey {
+    const gltf::SizeBranch* branch = nullptr;
+    const gltf::SeasonVariant* variant = nullptr;
+    bool operator<(const NodeKey& other) const {
+        return std::tie(branch, variant) < std::tie(other.branch, other.variant);
+    }
+    std::string name() const {
+        std::string out;
+        if (branch)
+            out =
+                std::string(branch->holds ? "detail where " : "coarse where ") + branch->selectedBy;
+        if (variant) {
+            if (!out.empty()) out += ", ";
+            out += variant->firstDay < 0 ? std::string("other days")
+                                         : "days " + std::to_string(variant->firstDay) + "-" +
+                                               std::to_string(variant->lastDay);
+        }
+        return out.empty() ? "model" : out;
+    }
+    json extras() const {
+        json out = json::object();
+        if (branch) {
+            out["levelOfDetail"] = {{"test", branch->test},
+                                    {"holds", branch->holds},
+                                    {"selectedBy", branch->selectedBy}};
+        }
+        if (variant) {
+            out["season"] = {{"selectedBy", variant->selectedBy},
+                             {"days", variant->firstDay < 0
+                                          ? json(nullptr)
+                                          : json::array({variant->firstDay, variant->lastDay})},
+                             {"texture", variant->texture}};
+        }
+        return out;
+    }
+};
+
+void writeFiles(const Output& out, const gltf::Builder& builder, GLTFExport& summary) {
+    if (out.binary) {
+        const std::string bytes = builder.glb();
+        fs::replaceFile(out.path, bytes);
+        summary.bytes = static_cast<int64_t>(bytes.size());
+        return;
+    }
+    const std::filesystem::path target(out.path);
+    const std::string stem = target.stem().string();
+    const auto beside = [&target](const std::string& name) {
+        return (target.has_parent_path() ? target.parent_path() / name
+                                         : std::filesystem::path(name))
+            .string();
+    };
+    std::vector<std::string> imageNames;
+    for (std::size_t i = 0; i < builder.images().size(); ++i) {
+        imageNames.push_back(stem + "_" + std::to_string(i) + ".png");
+        fs::replaceFile(beside(imageNames.back()), builder.images()[i]);
+        summary.bytes += static_cast<int64_t>(builder.images()[i].size());
+    }
+    if (!builder.binary().empty()) {
+        fs::replaceFile(beside(stem + ".bin"), builder.binary());
+        summary.bytes += static_cast<int64_t>(builder.binary().size());
+    }
+    const std::string json = builder.gltfJson(stem + ".bin", imageNames);
+    fs::replaceFile(out.path, json);
+    summary.bytes += static_cast<int64_t>(json.size());
+}
+
+}  // namespace
+
+GLTFExport MDLObject::exportGLTF(const std::string& f, const std::string& textureFolder,
+                                 const std::optional<Scenario>& scenario) {
+    try {
+        const Output out = outputOf(f);
+        GeometryCollector geometry;
+        const int16_t keptList = drawListId_;
+        try {
+            if (scenario) {
+                glGenerateDrawList(geometry, *scenario);
+            } else {
+                glGenerateDrawList(geometry);
+            }
+        } catch (...) {
+            drawListId_ = keptList;
+            throw;
+        }
+        drawListId_ = keptList;
+
+        GLTFExport summary;
+        gltf::Builder builder;
+        Looks looks(*this, builder, textureFolder, summary);
+        // Without a scenario, each seasonal variant and each branch of a size test is a node.
+        const gltf::Variants variants(*commandList_);
+        std::map<NodeKey, NodeMesh> nodes;
+        for (const auto& triangle : geometry.triangles()) {
+            const auto& surface = geometry.surfaces()[triangle.surface];
+            NodeKey key;
+            const gltf::SeasonRun* run = nullptr;
+            if (!scenario) {
+                key.branch = variants.branchOf(triangle.command);
+                run = variants.runOf(surface.setAt);
+            }
+            if (run == nullptr) {
+                nodes[key].add(triangle, looks.material(surface.material, surface.texture),
+                               summary);
+                continue;
+            }
+            for (const gltf::SeasonVariant& variant : run->variants) {
+                key.variant = &variant;
+                nodes[key].add(triangle, looks.material(variant.material, variant.texture),
+                               summary);
+            }
+        }
+        for (const auto& [key, mesh] : nodes) {
+            if (builder.addMeshNode(key.name(), mesh.primitives(), key.extras()) >= 0)
+                ++summary.nodes;
+            summary.primitives += static_cast<int32_t>(mesh.primitives().size());
+        }
+        for (const auto& light : geometry.lights()) {
+            const uint32_t c = light.colour;
+            builder.addPointLight(
+                gltfAxes(light.position),
+                {((c >> 16) & 255) / 255.0f, ((c >> 8) & 255) / 255.0f, (c & 255) / 255.0f},
+                "light " + std::to_string(++summary.lights));
+        }
+
+        const std::string name = mdlPath_.empty() ? std::string("model")
+                                                  : std::filesystem::path(mdlPath_).stem().string();
+        const GuardAnalysis guard(*commandList_);
+        json extras{{"model", utf8FromWindows1252(name)},
+                    {"isft", utf8FromWindows1252(getISFT())},
+                    {"guard", guard.guardedCall() == 0 ? json(nullptr) : json(guard.formula())},
+                    {"boundingBox", boxJson(required(boundingBox_))},
+                    {"axes", "glTF (x, y, z) is the model's (x, y, -z): x east, y up, z south"}};
+        if (scenario) {
+            json values = json::object();
+            for (const int32_t variable :
+                 {Scenario::kDayOfYear, Scenario::kComplexity, Scenario::kTimeOfDay}) {
+                values[std::to_string(variable)] = scenario->value(variable);
+            }
+            for (const auto& [variable, value] : scenario->values())
+                values[std::to_string(variable)] = value;
+            extras["scenario"] = values;
+        }
+        builder.finish(utf8FromWindows1252(name), extras);
+        writeFiles(out, builder, summary);
+        return summary;
+    } catch (Error& error) {
+        throw error.setFile(f);
+    }
+}
+
+}  // namespace velmora

@@ -1,0 +1,293 @@
+#include <velmora/velmora.h>
+
+#include "support/ModelBytes.h"
+#include "support/StreamAssembler.h"
+#include "support/TempDir.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <regex>
+#include <set>
+
+#ifdef VELMORA_HAS_PREVIEW
+#include <FreeImage.h>
+#endif
+
+using namespace velmora;
+using namespace bgltest;
+using nlohmann::json;
+
+namespace {
+
+const std::string kSamples = VELMORA_SAMPLES_DIR;
+
+std::string run(const std::string& line) {
+    std::string out;
+    FILE* pipe = popen((line + " 2>&1").c_str(), "r");
+    char buffer[4096];
+    for (std::size_t got; (got = fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+        out.append(buffer, got);
+    pclose(pipe);
+    return out;
+}
+
+// A .glb's JSON and binary chunk.
+struct Glb {
+    json document;
+    std::string bin;
+
+    explicit Glb(const std::string& bytes) {
+        uint32_t length = 0;
+        std::memcpy(&length, bytes.data() + 12, 4);
+        document = json::parse(bytes.substr(20, length));
+        if (bytes.size() > 28 + length) bin = bytes.substr(28 + length);
+    }
+    std::vector<float> floats(int accessor) const {
+        const json& a = document["accessors"][accessor];
+        const json& view = document["bufferViews"][a["bufferView"].get<int>()];
+        const std::size_t count = a["count"].get<std::size_t>() * (a["type"] == "VEC3" ? 3 : 2);
+        std::vector<float> out(count);
+        std::memcpy(out.data(), bin.data() + view["byteOffset"].get<std::size_t>(), count * 4);
+        return out;
+    }
+    // Every corner of every primitive, in glTF's axes.
+    std::set<std::array<float, 3>> positions() const {
+        std::set<std::array<float, 3>> out;
+        for (const auto& mesh : document["meshes"]) {
+            for (const auto& primitive : mesh["primitives"]) {
+                const auto p = floats(primitive["attributes"]["POSITION"].get<int>());
+                for (std::size_t i = 0; i < p.size(); i += 3)
+                    out.insert({p[i], p[i + 1], p[i + 2]});
+            }
+        }
+        return out;
+    }
+    int vertices() const {
+        int n = 0;
+        for (const auto& mesh : document["meshes"])
+            for (const auto& primitive : mesh["primitives"])
+                n += document["accessors"][primitive["attributes"]["POSITION"].get<int>()]["count"]
+                         .get<int>();
+        return n;
+    }
+    std::vector<std::string> nodeNames() const {
+        std::vector<std::string> names;
+        for (const auto& node : document["nodes"])
+            names.push_back(node["name"]);
+        return names;
+    }
+};
+
+// A model drawn at two levels of detail: a detailed triangle where size 10 covers 50 pixels,
+// a coarse one where it doesn't; its vertices lie off every axis.
+std::string detailModel() {
+    StreamAssembler a;
+    a.add(BGL_CALL_32, {jl(2)});                     // 0
+    a.add(BGL_END);                                  // 1
+    a.add(IFSIZEV, {jw(7), w(10), w(50)});           // 2
+    a.add(SET_MATERIAL, {w(0), w(-1)});              // 3
+    a.add(DRAW_TRI_LIST_BEGIN, {w(0), w(0), w(3)});  // 4
+    a.add(DRAW_TRI_LIST_ITEM, {w(0), w(1), w(2)});   // 5
+    a.add(BGL_JUMP_32, {jl(10)});                    // 6: over the coarse part
+    a.add(SET_MATERIAL, {w(0), w(-1)});              // 7: the coarse part
+    a.add(DRAW_TRI_LIST_BEGIN, {w(3), w(0), w(3)});  // 8
+    a.add(DRAW_TRI_LIST_ITEM, {w(0), w(1), w(2)});   // 9
+    a.add(BGL_RETURN);                               // 10
+    modelbytes::Model m;
+    m.materials = {{{0.2f, 0.6f, 0.3f, 1}, {}, {}, {0.5f, 0, 0, 1}, 32}};
+    m.vertices = {{1, 2, 3, 0, 1, 0, 0, 0}, {4, 2, 3, 0, 1, 0, 1, 0}, {4, 2, 7, 0, 1, 0, 1, 1},
+                  {1, 2, 9, 0, 1, 0, 0, 0}, {4, 2, 9, 0, 1, 0, 1, 0}, {4, 2, 11, 0, 1, 0, 1, 1}};
+    m.commands = a.bytes();
+    return m.bytes();
+}
+
+class GLTFExportTest : public ::testing::Test {
+  protected:
+    std::shared_ptr<MDLObject> sample(const std::string& name) {
+        auto m = std::make_shared<MDLObject>();
+        m->readMDL(kSamples + "/" + name);
+        return m;
+    }
+    // The validator's verdict on each file.
+    std::vector<json> validate(const std::vector<std::string>& files) {
+        std::string line = "cd " VELMORA_GLTF_TOOLS " && node validate.mjs";
+        for (const std::string& f : files)
+            line += " '" + f + "'";
+        std::vector<json> reports;
+        std::istringstream out(run(line));
+        for (std::string report; std::getline(out, report);)
+            reports.push_back(json::parse(report));
+        return reports;
+    }
+
+    TempDir dir;
+};
+
+}  // namespace
+
+TEST_F(GLTFExportTest, ValidatorAndAssimpReadEveryExportAsWritten) {
+    struct Case {
+        std::string name;
+        std::shared_ptr<MDLObject> model;
+        std::optional<Scenario> scenario;
+        int nodes, images, lights;
+        int64_t triangles;
+    };
+    auto detail = std::make_shared<MDLObject>();
+    detail->readMDLBytes(detailModel(), "detail.mdl");
+    const Case cases[] = {
+        {"building.glb", sample("building.mdl"), std::nullopt, 3, 3, 0, 20},
+        {"winter.glb", sample("building.mdl"), Scenario().day(15), 1, 2, 0, 12},
+        {"lightpad.gltf", sample("lightpad.mdl"), std::nullopt, 1, 0, 4, 2},
+        {"tree.glb", sample("tree.mdl"), std::nullopt, 1, 1, 0, 2},
+        {"detail.glb", detail, std::nullopt, 2, 0, 0, 2},
+        {"detail-far.glb", detail, Scenario().viewingDistance(500), 1, 0, 0, 1},
+    };
+    std::vector<std::string> files;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const GLTFExport summary =
+            c.model->exportGLTF(dir.file(c.name), kSamples + "/textures", c.scenario);
+        EXPECT_EQ(summary.nodes, c.nodes);
+        EXPECT_EQ(summary.images, c.images);
+        EXPECT_EQ(summary.lights, c.lights);
+        EXPECT_EQ(summary.triangles, c.triangles);
+        EXPECT_TRUE(summary.warnings.empty()) << summary.warnings.front();
+        files.push_back(dir.file(c.name));
+    }
+    const std::vector<json> reports = validate(files);
+    ASSERT_EQ(reports.size(), files.size()) << "is the validator installed (scripts/setup.sh)?";
+    for (const json& report : reports) {
+        EXPECT_EQ(report["errors"], 0) << report.dump(1);
+        EXPECT_EQ(report["warnings"], 0) << report.dump(1);
+    }
+    // assimp's counts of what it read, against what the files say.
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        if (files[i].ends_with(".gltf")) continue;
+        const std::string info = run("assimp info '" + files[i] + "'");
+        std::smatch faces, vertices;
+        ASSERT_TRUE(std::regex_search(info, faces, std::regex(R"(Faces:\s+(\d+))"))) << info;
+        ASSERT_TRUE(std::regex_search(info, vertices, std::regex(R"(Vertices:\s+(\d+))")));
+        EXPECT_EQ(std::stoll(faces[1]), cases[i].triangles) << files[i];
+        EXPECT_EQ(std::stoi(vertices[1]), Glb(readFile(files[i])).vertices()) << files[i];
+    }
+    EXPECT_NE(run("assimp info '" + dir.file("lightpad.gltf") + "'").find("Lights:             4"),
+              std::string::npos);
+}
+
+TEST_F(GLTFExportTest, AxesVariantsAndTexturesSurviveTheConversion) {
+    auto detail = std::make_shared<MDLObject>();
+    detail->readMDLBytes(detailModel(), "detail.mdl");
+    detail->exportGLTF(dir.file("detail.glb"));
+    const Glb glb(readFile(dir.file("detail.glb")));
+    // The model's (x, y, z) is glTF's (x, y, -z).
+    const auto positions = glb.positions();
+    EXPECT_EQ(positions.count({1, 2, -3}), 1u);
+    EXPECT_EQ(positions.count({4, 2, -11}), 1u);
+    EXPECT_EQ(positions.count({1, 2, 3}), 0u);
+    EXPECT_EQ(glb.nodeNames(),
+              (std::vector<std::string>{"coarse where not (size(10) >= 50 px)",
+                                        "detail where size(10) >= 50 px", "detail"}));
+    EXPECT_EQ(glb.document["nodes"][1]["extras"]["levelOfDetail"]["holds"], true);
+    const json& material = glb.document["materials"][0];
+    EXPECT_EQ(material["pbrMetallicRoughness"]["roughnessFactor"], 0.5);
+    EXPECT_EQ(material["emissiveFactor"], json::array({0.5, 0, 0}));
+
+    // One node per season, each saying which test selects it; the walls' image comes through.
+    sample("building.mdl")->exportGLTF(dir.file("building.glb"), kSamples + "/textures");
+    const Glb building(readFile(dir.file("building.glb")));
+    EXPECT_EQ(building.nodeNames(),
+              (std::vector<std::string>{"model", "days 60-300", "other days", "building"}));
+    EXPECT_EQ(building.document["nodes"][1]["extras"]["season"]["selectedBy"], "906 in 60..300");
+    EXPECT_EQ(building.document["nodes"][3]["extras"]["guard"], "798 in 2..5");
+#ifdef VELMORA_HAS_PREVIEW
+    const json& image = building.document["images"][0];
+    const json& view = building.document["bufferViews"][image["bufferView"].get<int>()];
+    std::string png = building.bin.substr(view["byteOffset"].get<std::size_t>(),
+                                          view["byteLength"].get<std::size_t>());
+    FIMEMORY* memory =
+        FreeImage_OpenMemory(reinterpret_cast<BYTE*>(png.data()), static_cast<DWORD>(png.size()));
+    FIBITMAP* exported = FreeImage_LoadFromMemory(FIF_PNG, memory, 0);
+    FIBITMAP* source = FreeImage_Load(FIF_BMP, (kSamples + "/textures/wall_summer.bmp").c_str(), 0);
+    ASSERT_EQ(FreeImage_GetWidth(exported), FreeImage_GetWidth(source));
+    int differing = 0;
+    for (unsigned y = 0; y < FreeImage_GetHeight(source); ++y) {
+        for (unsigned x = 0; x < FreeImage_GetWidth(source); ++x) {
+            RGBQUAD a, b;
+            FreeImage_GetPixelColor(exported, x, y, &a);
+            FreeImage_GetPixelColor(source, x, y, &b);
+            differing += a.rgbRed != b.rgbRed || a.rgbGreen != b.rgbGreen || a.rgbBlue != b.rgbBlue;
+        }
+    }
+    EXPECT_EQ(differing, 0);
+    FreeImage_Unload(exported);
+    FreeImage_Unload(source);
+    FreeImage_CloseMemory(memory);
+#endif
+
+    // A missing image is a warning and a material without it, never a broken file.
+    const GLTFExport bare = sample("building.mdl")->exportGLTF(dir.file("bare.glb"), dir.path());
+    EXPECT_EQ(bare.warnings.size(), 3u);
+    EXPECT_NE(bare.warnings[0].find("no image found"), std::string::npos) << bare.warnings[0];
+    EXPECT_EQ(validate({dir.file("bare.glb")})[0]["errors"], 0);
+    EXPECT_THROW(sample("tree.mdl")->exportGLTF(dir.file("tree.obj")), Error);
+}
+
+#ifdef VELMORA_HAS_PREVIEW
+// three.js in Chromium draws the export where our own preview draws the model.
+TEST_F(GLTFExportTest, ABrowserShowsTheExportWhereThePreviewDoes) {
+    constexpr int kWidth = 320, kHeight = 240;
+    auto building = sample("building.mdl");
+    building->exportGLTF(dir.file("building.glb"), kSamples + "/textures", Scenario());
+    const int32_t surface = createPreviewSurface(kWidth, kHeight);
+    auto preview = std::make_shared<OpenGLPreviewObject>();
+    preview->initOpenGL(surface);
+    building->TextureList()->findFiles(kSamples + "/textures");
+    building->glPrepareView(preview);
+    const View view;
+    const ViewResult drawn = building->glDrawView(view, surface);
+    const std::vector<uint8_t> ours = previewSurfacePixels(surface);
+    destroyPreviewSurface(surface);
+
+    const double h = view.heading * M_PI / 180, e = view.elevation * M_PI / 180;
+    const std::array<double, 3> forward{std::sin(h) * std::cos(e), -std::sin(e),
+                                        -std::cos(h) * std::cos(e)};
+    char line[1024];
+    std::snprintf(line, sizeof line,
+                  "cd " VELMORA_GLTF_TOOLS
+                  " && node render.mjs '%s' '%s' %d %d %f %f %f %f %f %f "
+                  "40 %f %f 9eb9d9",
+                  dir.file("building.glb").c_str(), dir.file("three.png").c_str(), kWidth, kHeight,
+                  drawn.centre[0] - drawn.distance * forward[0],
+                  drawn.centre[1] - drawn.distance * forward[1],
+                  drawn.centre[2] - drawn.distance * forward[2], drawn.centre[0], drawn.centre[1],
+                  drawn.centre[2], drawn.distance - drawn.radius * 1.05,
+                  drawn.distance + drawn.radius * 1.05);
+    const std::string output = run(line);
+    FIBITMAP* three = FreeImage_Load(FIF_PNG, dir.file("three.png").c_str(), 0);
+    ASSERT_NE(three, nullptr) << output;
+    // Silhouettes: where a picture differs from the sky.
+    const auto isSky = [](int r, int g, int b) {
+        return std::abs(r - 0x9e) + std::abs(g - 0xb9) + std::abs(b - 0xd9) < 12;
+    };
+    int both = 0, either = 0;
+    for (int y = 0; y < kHeight; ++y) {
+        for (int x = 0; x < kWidth; ++x) {
+            RGBQUAD p;
+            FreeImage_GetPixelColor(three, x, kHeight - 1 - y, &p);
+            const std::size_t i = (static_cast<std::size_t>(y) * kWidth + x) * 3;
+            const bool inOurs = !isSky(ours[i], ours[i + 1], ours[i + 2]);
+            const bool inTheirs = !isSky(p.rgbRed, p.rgbGreen, p.rgbBlue);
+            both += inOurs && inTheirs;
+            either += inOurs || inTheirs;
+        }
+    }
+    FreeImage_Unload(three);
+    ASSERT_GT(either, 2000) << output;
+    EXPECT_GT(static_cast<double>(both) / either, 0.95) << both << " of " << either;
+}
+#endif
