@@ -130,6 +130,10 @@ class MDLObject {
     void MDLPath(const std::string& value) { mdlPath_ = value; }
     // The path of the last load (or the one a host gave).
     const std::string& path() const { return mdlPath_; }
+    // Our own addition: the 16 bytes a compiled scenery file's model table gives the model (its
+    // GUID) when a scan found it there; empty otherwise.
+    const std::string& sceneryGuid() const { return sceneryGuid_; }
+    void sceneryGuid(const std::string& bytes) { sceneryGuid_ = bytes; }
 
     // Section table access for the library's own members.
     RIFFSection& section(int index) { return sectionTable_[static_cast<std::size_t>(index)]; }
@@ -154,6 +158,7 @@ class MDLObject {
     bool loaded_ = false;
     int16_t drawListId_ = 0;
     std::string mdlPath_;
+    std::string sceneryGuid_;
     velmora::LoadingStatus loadingStatus_ = loadingHEAD;
 };
 

@@ -44,8 +44,8 @@ void readSectionTable(MDLObject& model, ByteReader& in, PayloadStarts& payloadSt
     const int64_t length = in.size();
     if (length < 12) {
         raiseNotAModel(length == 0
-                           ? "the file is empty"
-                           : "the file holds only " + numbers::formatGrouped(length) + " bytes");
+                           ? "it is empty"
+                           : "it holds only " + numbers::formatGrouped(length) + " bytes");
     }
     const std::string head = in.text(4);
     if (model.getRIFFSectionIndex(head) != sections::RIFF) {
@@ -122,6 +122,7 @@ void MDLObject::readMDL(const std::string& file) {
 void MDLObject::readMDLBytes(std::string_view bytes, const std::string& path) {
     loaded_ = false;
     loadingStatus_ = loadingHEAD;
+    sceneryGuid_.clear();
     yieldToHost();
 
     // Each load starts from an empty table, so nothing of an earlier file is saved with this one.

@@ -100,7 +100,7 @@ void XMLBGLSection::fillModelList(ModelList& m, ByteReader& in, detail::ScanBudg
         if (claimed > length) scenery::raiseDamagedTable(table);
         for (int32_t j = 1; j <= count; ++j) {
             in.seek((j - 1) * kModelEntrySize + tableOffset);
-            in.skip(16);
+            const std::string guid = in.text(16);
             const int64_t dataStart = tableOffset + in.int32();
             const int32_t dataSize = in.int32();
             if (dataSize > 0) claimed += dataSize;
@@ -117,6 +117,7 @@ void XMLBGLSection::fillModelList(ModelList& m, ByteReader& in, detail::ScanBudg
                 throw error.shiftOffset(dataStart).prependDetail(
                     "model " + numbers::formatInteger(j) + " of the " + table);
             }
+            model->sceneryGuid(guid);
             // Beyond the file's own bytes, the scan allows one model's worth of counts that claim
             // entries beyond their data (decoded as zeros), not one per model.
             budget.entryBytes += bytesOfEntries(*model);

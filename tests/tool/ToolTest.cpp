@@ -3,6 +3,7 @@
 #include "support/ModelBytes.h"
 #include "support/StreamAssembler.h"
 #include "support/TempDir.h"
+#include "tool/ToolRun.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -20,39 +21,9 @@
 namespace {
 
 using namespace bgltest;
+using namespace tooltest;
 using nlohmann::json;
 namespace stdfs = std::filesystem;
-
-struct ToolRun {
-    int status = -1;
-    std::string out;
-    std::string err;
-};
-
-// Runs the velmora tool with `args` (already quoted for the shell) in `folder`.
-ToolRun runTool(const std::string& args, const std::string& folder = ".") {
-    static int counter = 0;
-    const std::string errFile = stdfs::temp_directory_path().string() + "/velmora-tool-test-" +
-                                std::to_string(getpid()) + "-" + std::to_string(counter++);
-    // Mesa's software renderer keeps a little memory until the process ends; that is not ours.
-    const std::string line = "cd '" + folder + "' && LSAN_OPTIONS=suppressions=" +
-                             VELMORA_TOOL_TEST_DIR "/lsan-suppressions.txt " VELMORA_TOOL " " +
-                             args + " 2>" + errFile;
-    ToolRun run;
-    FILE* pipe = popen(line.c_str(), "r");
-    std::array<char, 4096> buffer{};
-    for (std::size_t got; (got = fread(buffer.data(), 1, buffer.size(), pipe)) > 0;)
-        run.out.append(buffer.data(), got);
-    const int raw = pclose(pipe);
-    run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-    run.err = readFile(errFile);
-    stdfs::remove(errFile);
-    return run;
-}
-
-std::string q(const std::string& path) {
-    return "'" + path + "'";
-}
 
 // A triangle drawn with texture 0, then the end of the body.
 void appendBody(StreamAssembler& a) {
@@ -337,8 +308,8 @@ TEST_F(ToolTest, FailuresSayWhereAndUsageErrorsExitTwo) {
                                ": section \"MDLH\" at byte 12: says 36 bytes, but only 10 follow "
                                "(error 9: Subscript out of range); the file is damaged or is not "
                                "a scenery model\n");
-    EXPECT_EQ(runTool("info " + q(dir.path())).err,
-              "velmora info: " + dir.path() + ": is a folder, not a file\n");
+    EXPECT_EQ(runTool("commands " + q(dir.path())).err,
+              "velmora commands: " + dir.path() + ": is a folder, not a file\n");
     EXPECT_EQ(runTool("info " + q(dir.file("missing.mdl"))).err,
               "velmora info: " + dir.file("missing.mdl") + ": no such file\n");
 

@@ -254,8 +254,10 @@ std::string compiledScenery(const std::vector<std::string>& models) {
     std::string data;
     int dataOffset = static_cast<int>(models.size()) * entry;
     for (const auto& bytes : models) {
-        table +=
-            std::string(16, '\0') + le32(dataOffset) + le32(static_cast<int64_t>(bytes.size()));
+        // Each model's GUID: a fixed pattern with the model's number in its last byte.
+        std::string guid = "\x1b\x2c\x3d\x4e\x5f\x60\x71\x42\x83\x94\xa5\xb6\xc7\xd8\xe9";
+        guid.push_back(static_cast<char>(table.size() / 24 + 1));
+        table += guid + le32(dataOffset) + le32(static_cast<int64_t>(bytes.size()));
         data += bytes;
         dataOffset += static_cast<int>(bytes.size());
     }

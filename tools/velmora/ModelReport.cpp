@@ -238,60 +238,62 @@ std::string grouped(int64_t value) {
     return (value < 0 ? "-" : "") + digits;
 }
 
-void line(const std::string& label, const std::string& text) {
-    std::cout << std::left << std::setw(16) << label << text << "\n";
+void line(std::ostream& out, const std::string& label, const std::string& text) {
+    out << std::left << std::setw(16) << label << text << "\n";
 }
 
-void printGuard(const json& guard) {
+void printGuard(std::ostream& out, const json& guard) {
     if (guard["guardedCall"].is_null()) {
-        line("Guard", "no guarded call (no BGL_CALL_32 or SPRITE_VICALL)");
+        line(out, "Guard", "no guarded call (no BGL_CALL_32 or SPRITE_VICALL)");
         return;
     }
     const std::string formula = guard["formula"];
-    line("Guard", (formula == "always"  ? std::string("always drawn")
-                   : formula == "never" ? std::string("never drawn")
-                                        : "drawn when " + formula) +
-                      " (" + guard["callOpcode"].get<std::string>() + " at command " +
-                      std::to_string(guard["guardedCall"].get<int>()) + ")");
+    line(out, "Guard",
+         (formula == "always"  ? std::string("always drawn")
+          : formula == "never" ? std::string("never drawn")
+                               : "drawn when " + formula) +
+             " (" + guard["callOpcode"].get<std::string>() + " at command " +
+             std::to_string(guard["guardedCall"].get<int>()) + ")");
     for (const auto& test : guard["tests"]) {
         std::string note = test["editable"].get<bool>() ? "" : "  not written back by the editor";
         if (!test["reachable"].get<bool>()) note += "  never reached";
-        std::cout << "  command " << std::left << std::setw(6) << test["position"].get<int>()
-                  << std::setw(8) << test["opcode"].get<std::string>() << " "
-                  << test["text"].get<std::string>() << note << "\n";
+        out << "  command " << std::left << std::setw(6) << test["position"].get<int>()
+            << std::setw(8) << test["opcode"].get<std::string>() << " "
+            << test["text"].get<std::string>() << note << "\n";
     }
     for (const auto& other : guard["otherCommands"]) {
-        std::cout << "  command " << std::left << std::setw(6) << other["position"].get<int>()
-                  << other["opcode"].get<std::string>() << "  in front of the call\n";
+        out << "  command " << std::left << std::setw(6) << other["position"].get<int>()
+            << other["opcode"].get<std::string>() << "  in front of the call\n";
     }
     const json& editor = guard["editor"];
     if (editor["canRewrite"].get<bool>()) {
-        line("Editor", "the condition editor can rewrite this guard");
+        line(out, "Editor", "the condition editor can rewrite this guard");
     } else {
-        line("Editor", "the condition editor can't rewrite this guard as it is:");
+        line(out, "Editor", "the condition editor can't rewrite this guard as it is:");
         for (const auto& limit : editor["limits"])
-            std::cout << "  " << limit.get<std::string>() << "\n";
+            out << "  " << limit.get<std::string>() << "\n";
     }
-    line("Rotation", guard["rotation"].is_null()   ? std::string("none")
-                     : guard["rotation"] == "user" ? std::string("turns to face the user")
-                                                   : std::string("turns with the wind"));
+    line(out, "Rotation",
+         guard["rotation"].is_null()   ? std::string("none")
+         : guard["rotation"] == "user" ? std::string("turns to face the user")
+                                       : std::string("turns with the wind"));
 }
 
 }  // namespace
 
-void printReport(const json& report) {
-    std::cout << "Model " << report["file"].get<std::string>() << "\n\nSections\n";
+void printReport(const json& report, std::ostream& out) {
+    out << "Model " << report["file"].get<std::string>() << "\n\nSections\n";
     for (const auto& section : report["sections"]) {
-        std::cout << "  " << std::left << std::setw(8)
-                  << ("\"" + section["tag"].get<std::string>() + "\"") << std::right
-                  << std::setw(12) << grouped(section["size"].get<int64_t>()) << " bytes\n";
+        out << "  " << std::left << std::setw(8)
+            << ("\"" + section["tag"].get<std::string>() + "\"") << std::right << std::setw(12)
+            << grouped(section["size"].get<int64_t>()) << " bytes\n";
     }
-    std::cout << "\n";
-    if (!report["isft"].get<std::string>().empty()) line("ISFT", report["isft"]);
+    out << "\n";
+    if (!report["isft"].get<std::string>().empty()) line(out, "ISFT", report["isft"]);
     std::ostringstream header;
     for (const auto& value : report["header"])
         header << value.get<int64_t>() << " ";
-    line("Header", header.str());
+    line(out, "Header", header.str());
     const json& box = report["boundingBox"];
     std::ostringstream extent;
     const char* axes[] = {"x", "y", "z"};
@@ -299,53 +301,56 @@ void printReport(const json& report) {
         extent << (a ? ", " : "") << axes[a] << " " << box["min"][a].get<double>() << " .. "
                << box["max"][a].get<double>();
     }
-    line("Bounding box", extent.str());
+    line(out, "Bounding box", extent.str());
     const json& counts = report["counts"];
-    line("Counts", grouped(counts["vertices"]) + " vertices, " + grouped(counts["materials"]) +
-                       " materials, " + grouped(counts["textures"]) + " textures, " +
-                       grouped(counts["commands"]) + " commands");
-    std::cout << "Textures\n";
+    line(out, "Counts",
+         grouped(counts["vertices"]) + " vertices, " + grouped(counts["materials"]) +
+             " materials, " + grouped(counts["textures"]) + " textures, " +
+             grouped(counts["commands"]) + " commands");
+    out << "Textures\n";
     for (const auto& texture : report["textures"]) {
-        std::cout << "  " << std::right << std::setw(3) << texture["index"].get<int>() << "  "
-                  << std::left << std::setw(34) << texture["name"].get<std::string>()
-                  << std::setw(20) << texture["type"].get<std::string>() << "size "
-                  << texture["size"].get<double>() << "\n";
+        out << "  " << std::right << std::setw(3) << texture["index"].get<int>() << "  "
+            << std::left << std::setw(34) << texture["name"].get<std::string>() << std::setw(20)
+            << texture["type"].get<std::string>() << "size " << texture["size"].get<double>()
+            << "\n";
     }
-    printGuard(report["guard"]);
-    if (report["seasons"].empty()) line("Seasons", "none");
+    printGuard(out, report["guard"]);
+    if (report["seasons"].empty()) line(out, "Seasons", "none");
     for (const auto& run : report["seasons"]) {
-        line("Seasons", "commands " + std::to_string(run["first"].get<int>()) + " to " +
-                            std::to_string(run["last"].get<int>()) + ":");
+        line(out, "Seasons",
+             "commands " + std::to_string(run["first"].get<int>()) + " to " +
+                 std::to_string(run["last"].get<int>()) + ":");
         for (const auto& variant : run["variants"]) {
             const std::string days = variant["days"].is_null()
                                          ? std::string("other days")
                                          : "days " + std::to_string(variant["days"][0].get<int>()) +
                                                " to " +
                                                std::to_string(variant["days"][1].get<int>());
-            std::cout << "  " << std::left << std::setw(20) << days << "texture "
-                      << variant["texture"].get<int>() << " " << variant["name"].get<std::string>()
-                      << "\n";
+            out << "  " << std::left << std::setw(20) << days << "texture "
+                << variant["texture"].get<int>() << " " << variant["name"].get<std::string>()
+                << "\n";
         }
     }
-    line("Lights", report["lights"].empty() ? "none" : std::to_string(report["lights"].size()));
+    line(out, "Lights",
+         report["lights"].empty() ? "none" : std::to_string(report["lights"].size()));
     for (const auto& light : report["lights"]) {
         std::string tests;
         for (const auto& test : light["tests"])
             tests += (tests.empty() ? "" : " and ") + test.get<std::string>();
-        std::cout << "  command " << light["position"].get<int>() << " at ("
-                  << light["at"][0].get<std::string>() << ", " << light["at"][1].get<std::string>()
-                  << ", " << light["at"][2].get<std::string>() << "), colour "
-                  << light["colour"].get<std::string>()
-                  << (tests.empty() ? "" : ", shown when " + tests) << "\n";
+        out << "  command " << light["position"].get<int>() << " at ("
+            << light["at"][0].get<std::string>() << ", " << light["at"][1].get<std::string>()
+            << ", " << light["at"][2].get<std::string>() << "), colour "
+            << light["colour"].get<std::string>() << (tests.empty() ? "" : ", shown when " + tests)
+            << "\n";
     }
-    line("Size tests", report["sizeTests"].empty() ? "none" : "");
+    line(out, "Size tests", report["sizeTests"].empty() ? "none" : "");
     for (const auto& test : report["sizeTests"]) {
-        std::cout << "  command " << test["position"].get<int>() << " "
-                  << test["opcode"].get<std::string>() << " size "
-                  << test["size"].get<std::string>() << ", " << test["pixels"].get<std::string>()
-                  << " px, fails to command " << test["failsTo"].get<int>() << "\n";
+        out << "  command " << test["position"].get<int>() << " "
+            << test["opcode"].get<std::string>() << " size " << test["size"].get<std::string>()
+            << ", " << test["pixels"].get<std::string>() << " px, fails to command "
+            << test["failsTo"].get<int>() << "\n";
     }
-    line("Kill shadow", report["killShadow"].get<bool>() ? "yes" : "no");
+    line(out, "Kill shadow", report["killShadow"].get<bool>() ? "yes" : "no");
 }
 
 }  // namespace tool

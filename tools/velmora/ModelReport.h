@@ -2,6 +2,8 @@
 
 #include "Tool.h"
 
+#include <ostream>
+
 namespace tool {
 
 // What the tool tells about a model, as JSON (see docs/json.md): the sections and tables, the
@@ -15,6 +17,6 @@ json guardReport(const velmora::BGLCommandList& commands);
 std::vector<std::string> editorLimits(const velmora::GuardAnalysis& guard);
 
 // The report as text for people.
-void printReport(const json& report);
+void printReport(const json& report, std::ostream& out);
 
 }  // namespace tool

@@ -1,3 +1,4 @@
+#include "Batch.h"
 #include "Rendering.h"
 
 #include <cmath>
@@ -8,21 +9,17 @@ namespace tool {
 namespace {
 
 struct RenderCommandOptions {
-    std::string model;
+    BatchOptions batch;
     std::string output;
     int sheet = 0;
+    bool json = false;
     RenderOptions render;
 };
 
-void render(const RenderCommandOptions& o) {
-    const RenderSettings settings = checkRenderSettings(o.render);
-    if (o.sheet < 0 || o.sheet > 64) throw UsageError("--sheet takes 1 to 64 headings");
-    if (o.render.specFrame && o.render.flat) {
-        throw UsageError("--spec-frame draws every part already; leave out --flat");
-    }
-    const Output out(o.output, Output::Stream::Binary);
-    const auto model = loadModel(o.model);
-
+// Draws one model into `out`; gives what was done, for people.
+std::string renderOne(const std::string& file, const RenderCommandOptions& o,
+                      const RenderSettings& settings, const Output& out) {
+    const auto model = loadModel(file);
     std::vector<float> headings;
     int columns = 1;
     if (o.sheet > 0) {
@@ -34,32 +31,65 @@ void render(const RenderCommandOptions& o) {
     try {
         picture = renderModel(*model, settings, headings, columns);
     } catch (const velmora::Error& e) {
-        throw fromLibrary(e, o.model);
+        throw fromLibrary(e, file);
     }
     if (picture.pixelsDrawn == 0) {
-        throw ToolError(o.model, "nothing was drawn: no triangle of the model reaches the frame",
+        throw ToolError(file, "nothing was drawn: no triangle of the model reaches the frame",
                         "try --flat to draw every part whatever its tests, another --day or "
                         "--set for the tests in front of them, or --distance and --zoom");
     }
     out.write([&](const std::string& path) {
         velmora::savePixelsPNG(picture.rgb, picture.width, picture.height, path);
     });
-    if (!out.toStandardOutput()) {
-        std::cout << "rendered " << o.model << " (" << picture.width << "x" << picture.height
-                  << ") to " << o.output << "\n";
+    return "rendered " + file + " (" + std::to_string(picture.width) + "x" +
+           std::to_string(picture.height) + ") to " +
+           (out.toStandardOutput() ? std::string("standard output") : out.target());
+}
+
+void render(const RenderCommandOptions& o) {
+    const RenderSettings settings = checkRenderSettings(o.render);
+    if (o.sheet < 0 || o.sheet > 64) throw UsageError("--sheet takes 1 to 64 headings");
+    if (o.render.specFrame && o.render.flat) {
+        throw UsageError("--spec-frame draws every part already; leave out --flat");
     }
+    if (!isBatch(o.batch.inputs)) {
+        const Output out(o.output, Output::Stream::Binary);
+        const std::string said = renderOne(o.batch.inputs.front(), o, settings, out);
+        if (!out.toStandardOutput()) std::cout << said << "\n";
+        return;
+    }
+    if (o.output == "-") throw UsageError("several pictures can't go to standard output");
+    prepareOutputFolder(o.output);
+    const std::vector<BatchInput> inputs = gatherInputs(o.batch, {".mdl"});
+    const int status = runBatch("render", inputs, o.batch, o.json, [&](const BatchInput& input) {
+        FileResult result;
+        const Output out(outputFor(o.output, input, ".png"), Output::Stream::Refused);
+        const std::string said = renderOne(input.path, o, settings, out);
+        result.models = 1;
+        result.lines.push_back(o.json ? json{{"file", input.path}, {"output", out.target()}}.dump()
+                                      : said);
+        return result;
+    });
+    if (status != 0) throw ExitStatus{status};
 }
 
 }  // namespace
 
 void addRenderCommand(CLI::App& app) {
-    auto* command = addCommand(
-        app, "render", "Draw a model into a PNG as the simulator would show it",
-        "velmora render MODEL.mdl -o OUT.png [--size WxH] [--textures DIR] [view] [scenario]");
+    auto* command =
+        addCommand(app, "render", "Draw a model into a PNG as the simulator would show it",
+                   "velmora render MODEL.mdl... -o OUT.png|DIR [--size WxH] "
+                   "[--textures DIR] [view] [scenario]");
     auto o = std::make_shared<RenderCommandOptions>();
-    command->add_option("MODEL", o->model, "Model file (.mdl)")->required();
-    command->add_option("-o,--output", o->output, "PNG file to write (- for stdout)")->required();
+    command->add_option("MODEL", o->batch.inputs, "Model files (.mdl) or folders of them")
+        ->required();
+    command
+        ->add_option("-o,--output", o->output,
+                     "PNG file to write (- for stdout), or a folder for several")
+        ->required();
     command->add_option("--sheet", o->sheet, "N headings around the model in one picture");
+    command->add_flag("--json", o->json, "With several models: a JSON line a model");
+    addBatchOptions(*command, o->batch);
     addRenderOptions(*command, o->render, true);
     command->callback([o] { render(*o); });
 }

@@ -128,9 +128,9 @@ Output::Output(std::string target, Stream stream, std::string streamName)
 
 void Output::write(const std::function<void(const std::string& path)>& writeTo,
                    const std::function<void(const std::string& path)>& check) const {
-    const std::string temporary =
-        toStandardOutput_ ? temporaryBeside(stdfs::temp_directory_path() / streamName_)
-                          : temporaryBeside(target_);
+    const std::string temporary = toStandardOutput_
+                                      ? temporaryBeside(stdfs::temp_directory_path() / streamName_)
+                                      : temporaryBeside(target_);
     std::error_code ignored;
     try {
         writeTo(temporary);

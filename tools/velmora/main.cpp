@@ -1,4 +1,4 @@
-#include "Tool.h"
+#include "Batch.h"
 
 #include <algorithm>
 #include <iostream>
@@ -84,6 +84,8 @@ int main(int argc, char** argv) {
         return app.exit(e);
     } catch (const CLI::CallForVersion& e) {
         return app.exit(e);
+    } catch (const tool::ExitStatus& e) {
+        return e.status;
     } catch (const CLI::ParseError& e) {
         return usageFailure(commandName(app), e.what());
     } catch (const tool::UsageError& e) {
