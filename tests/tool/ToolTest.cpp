@@ -374,7 +374,8 @@ TEST_F(ToolTest, RenderWritesAPictureOrSaysWhyNothingShows) {
     const ToolRun thumbnails = runTool("scan " + q(sample("scenery.bgl")) + " --thumbnails " +
                                        q(dir.file("pictures")) + " --json");
     ASSERT_EQ(thumbnails.status, 0) << thumbnails.err;
-    for (const auto& model : json::parse(thumbnails.out)["models"])
+    const json scanned = json::parse(thumbnails.out);
+    for (const auto& model : scanned["models"])
         EXPECT_GT(model["thumbnailPixels"].get<int>(), 1000) << model;
     EXPECT_EQ(listingOf(dir.file("pictures")), "model_001.png model_002.png model_003.png");
 }

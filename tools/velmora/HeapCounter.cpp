@@ -1,6 +1,7 @@
 // The tool counts the bytes it holds on the heap, so a batch can say how much memory its files in
-// flight took at most (the summary's peakHeapBytes). Every allocation of the program goes through
-// here: a size header in front of the block, two atomic additions.
+// flight took at most (the summary's peakHeapBytes). Every allocation of the program through new
+// goes through here, the nothrow ones too, so that blocks and their deletes always pair: a size
+// header in front of the block, two atomic additions. Aligned new keeps its own pair.
 #include "Batch.h"
 
 #include <atomic>
@@ -38,6 +39,26 @@ void* operator new(std::size_t size) {
 }
 void* operator new[](std::size_t size) {
     return counted(size);
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    try {
+        return counted(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+    try {
+        return counted(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+void operator delete(void* pointer, const std::nothrow_t&) noexcept {
+    release(pointer);
+}
+void operator delete[](void* pointer, const std::nothrow_t&) noexcept {
+    release(pointer);
 }
 void operator delete(void* pointer) noexcept {
     release(pointer);
