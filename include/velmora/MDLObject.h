@@ -145,6 +145,9 @@ class MDLObject {
   private:
     void requireLoaded() const;
     void writeModelFile(const std::string& file);
+    // The scenario walk, or without a scenario the flat walk, into a sink that only collects:
+    // the draw list of the preview (drawListId) stays as it was.
+    void walkInto(DrawListSink& sink, const std::optional<Scenario>& scenario);
     void writeOpenFlight(const std::string& f, const std::string& texFormat, bool saveATTR,
                          float extraRotation);
 

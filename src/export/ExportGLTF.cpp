@@ -283,18 +283,7 @@ GLTFExport MDLObject::exportGLTF(const std::string& f, const std::string& textur
     try {
         const Output out = outputOf(f);
         GeometryCollector geometry;
-        const int16_t keptList = drawListId_;
-        try {
-            if (scenario) {
-                glGenerateDrawList(geometry, *scenario);
-            } else {
-                glGenerateDrawList(geometry);
-            }
-        } catch (...) {
-            drawListId_ = keptList;
-            throw;
-        }
-        drawListId_ = keptList;
+        walkInto(geometry, scenario);
 
         GLTFExport summary;
         gltf::Builder builder;

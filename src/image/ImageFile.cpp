@@ -58,6 +58,17 @@ Bitmap loadBitmap(const std::string& path) {
     return loaded;
 }
 
+std::string pngBytes(FIBITMAP& bitmap) {
+    Memory memory(FreeImage_OpenMemory());
+    if (!memory || !FreeImage_SaveToMemory(FIF_PNG, &bitmap, memory.get(), PNG_DEFAULT)) {
+        raisePlatformError(kPathFileAccessError, "the picture couldn't be encoded as PNG");
+    }
+    BYTE* data = nullptr;
+    DWORD size = 0;
+    FreeImage_AcquireMemory(memory.get(), &data, &size);
+    return std::string(reinterpret_cast<const char*>(data), size);
+}
+
 }  // namespace
 
 std::size_t paddedRowBytes(int32_t width) {
@@ -129,14 +140,7 @@ std::string encodePNG(const std::vector<uint8_t>& rgb, int32_t width, int32_t he
             to[3 * x + FI_RGBA_BLUE] = from[3 * x + 2];
         }
     }
-    Memory memory(FreeImage_OpenMemory());
-    if (!memory || !FreeImage_SaveToMemory(FIF_PNG, bitmap.get(), memory.get(), PNG_DEFAULT)) {
-        raisePlatformError(kPathFileAccessError);
-    }
-    BYTE* data = nullptr;
-    DWORD size = 0;
-    FreeImage_AcquireMemory(memory.get(), &data, &size);
-    return std::string(reinterpret_cast<const char*>(data), size);
+    return pngBytes(*bitmap);
 }
 
 std::string encodePNG(const RgbaImage& image) {
@@ -155,14 +159,7 @@ std::string encodePNG(const RgbaImage& image) {
             if (step == 4) to[step * x + FI_RGBA_ALPHA] = from[4 * x + 3];
         }
     }
-    Memory memory(FreeImage_OpenMemory());
-    if (!memory || !FreeImage_SaveToMemory(FIF_PNG, bitmap.get(), memory.get(), PNG_DEFAULT)) {
-        raisePlatformError(kPathFileAccessError);
-    }
-    BYTE* data = nullptr;
-    DWORD size = 0;
-    FreeImage_AcquireMemory(memory.get(), &data, &size);
-    return std::string(reinterpret_cast<const char*>(data), size);
+    return pngBytes(*bitmap);
 }
 
 }  // namespace velmora::image

@@ -1,8 +1,8 @@
 #include <velmora/OpenGLPreviewObject.h>
 
 #include "foundation/Errors.h"
-#include "preview/EglSurface.h"
 #include "image/ImageFile.h"
+#include "preview/EglSurface.h"
 
 #include <GL/gl.h>
 

@@ -2,8 +2,8 @@
 
 #include "foundation/Errors.h"
 #include "foundation/FileSystem.h"
-#include "preview/EglSurface.h"
 #include "image/ImageFile.h"
+#include "preview/EglSurface.h"
 
 namespace velmora {
 

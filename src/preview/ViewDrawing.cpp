@@ -177,23 +177,12 @@ ViewResult MDLObject::glDrawView(const View& view, int32_t hDC,
 
     // What is drawn, with its extent, before anything is drawn: the walk goes to a collector.
     GeometryCollector geometry;
-    const int16_t keptList = drawListId_;
-    try {
-        if (scenario) {
-            Scenario walked = *scenario;
-            if (!walked.viewerHeading()) walked.viewerHeading(view.heading);
-            if (view.distance > 0 && !walked.viewingDistance()) {
-                walked.viewingDistance(view.distance * 100.0 / view.zoom);
-            }
-            glGenerateDrawList(geometry, walked);
-        } else {
-            glGenerateDrawList(geometry);
-        }
-    } catch (...) {
-        drawListId_ = keptList;
-        throw;
+    std::optional<Scenario> walked = scenario;
+    if (walked && !walked->viewerHeading()) walked->viewerHeading(view.heading);
+    if (walked && view.distance > 0 && !walked->viewingDistance()) {
+        walked->viewingDistance(view.distance * 100.0 / view.zoom);
     }
-    drawListId_ = keptList;
+    walkInto(geometry, walked);
 
     ViewResult result;
     result.triangles = static_cast<int64_t>(geometry.triangles().size());

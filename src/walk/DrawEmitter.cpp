@@ -13,15 +13,6 @@ namespace velmora::walk {
 
 namespace {
 
-constexpr uint32_t kTexture2D = 0x0DE1;
-constexpr uint32_t kFront = 0x0404;
-constexpr uint32_t kAmbient = 0x1200;
-constexpr uint32_t kDiffuse = 0x1201;
-constexpr uint32_t kSpecular = 0x1202;
-constexpr uint32_t kEmission = 0x1600;
-constexpr uint32_t kPolygon = 9;
-constexpr uint32_t kNoTexture = 0xFFFFFFFF;
-
 using Colour = std::array<float, 4>;
 
 constexpr Colour kWhite{1.0f, 1.0f, 1.0f, 1.0f};

@@ -13,6 +13,14 @@ namespace velmora::walk {
 
 // The OpenGL 1.1 values the walks emit; the walks themselves need no graphics library.
 inline constexpr uint32_t kCompile = 0x1300;
+inline constexpr uint32_t kTexture2D = 0x0DE1;
+inline constexpr uint32_t kFront = 0x0404;
+inline constexpr uint32_t kAmbient = 0x1200;
+inline constexpr uint32_t kDiffuse = 0x1201;
+inline constexpr uint32_t kSpecular = 0x1202;
+inline constexpr uint32_t kEmission = 0x1600;
+inline constexpr uint32_t kPolygon = 9;
+inline constexpr uint32_t kNoTexture = 0xFFFFFFFF;
 
 // An affine transform of model space: a 3 x 3 matrix, row by row, then a translation.
 struct Transform {

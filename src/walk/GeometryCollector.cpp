@@ -1,14 +1,8 @@
 #include "walk/GeometryCollector.h"
 
-namespace velmora::walk {
+#include "walk/DrawEmitter.h"
 
-namespace {
-constexpr uint32_t kAmbient = 0x1200;
-constexpr uint32_t kDiffuse = 0x1201;
-constexpr uint32_t kSpecular = 0x1202;
-constexpr uint32_t kEmission = 0x1600;
-constexpr uint32_t kNoTexture = 0xFFFFFFFF;
-}  // namespace
+namespace velmora::walk {
 
 GeometryCollector::Surface& GeometryCollector::changing() {
     if (surfaceUsed_ || surfaces_.empty()) {

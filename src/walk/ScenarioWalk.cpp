@@ -174,4 +174,19 @@ void MDLObject::glGenerateDrawList(DrawListSink& sink, const Scenario& scenario)
     sink.glEndList();
 }
 
+void MDLObject::walkInto(DrawListSink& sink, const std::optional<Scenario>& scenario) {
+    const int16_t kept = drawListId_;
+    try {
+        if (scenario) {
+            glGenerateDrawList(sink, *scenario);
+        } else {
+            glGenerateDrawList(sink);
+        }
+    } catch (...) {
+        drawListId_ = kept;
+        throw;
+    }
+    drawListId_ = kept;
+}
+
 }  // namespace velmora
