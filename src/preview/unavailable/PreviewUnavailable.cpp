@@ -20,7 +20,9 @@ namespace {
 OpenGLPreviewObject::OpenGLPreviewObject() = default;
 OpenGLPreviewObject::~OpenGLPreviewObject() = default;
 
-void OpenGLPreviewObject::initOpenGL(int32_t) {
+void OpenGLPreviewObject::initOpenGL(int32_t h) {
+    deviceContext_ = h;
+    renderContext_ = 0;
     raiseNoPreview();
 }
 
