@@ -80,7 +80,6 @@ TEST(StreamDecoding, FailuresKeepTheCommandsBefore) {
     };
     const Case cases[] = {
         {le16(189) + bytes({0xB5, 0x00}), 100, "Unrecognised BGL Opcode: 181", "189:"},
-        {le16(189) + le16(0), 100, "Unrecognised BGL Opcode: 0", "189:"},
         {le16(174), 100, "Unrecognised BGL Opcode: 174", ""},
         {bytes({0xFF, 0xFF}), 9, "", ""},
         {le16(261), 9, "", ""},
@@ -149,32 +148,19 @@ TEST(StreamEncoding, CommandsBecomeTheirBytesOrFailWithTheirError) {
                             "The string trying to be written is bigger than the specified length"));
 }
 
-TEST(StreamIndices, TheDictionaryAndTheParentsOfListItems) {
-    int rows = 0;
-    int withJumps = 0;
-    for (int16_t i = 0; i <= 260; ++i) {
-        const BGLCommandDictEntry* row = BGLOpcodeDictionary::row(i);
-        if (row == nullptr || row->length == 0) continue;
-        ++rows;
-        withJumps += std::find(row->isJump.begin(), row->isJump.end(), true) != row->isJump.end();
-    }
-    EXPECT_EQ(rows, 33);
-    EXPECT_EQ(withJumps, 17);
-    EXPECT_TRUE(throwsPlatform([] { BGLOpcodeDictionary().getEntry(261); }, 9));
-
+TEST(StreamIndices, ParentsOfListItemsAndTextureNumbers) {
     // List items get their own kind of header; a line header doesn't change a triangle item's.
-    BGLCommandList list;
+    BGLCommandList items;
     for (int opcode : {DRAW_TRI_LIST_ITEM, DRAW_TRI_LIST_BEGIN, DRAW_LINE_LIST_BEGIN,
                        DRAW_LINE_LIST_ITEM, DRAW_TRI_LIST_ITEM})
-        list.Add(command(opcode));
-    list.processParent();
+        items.Add(command(opcode));
+    items.processParent();
     std::string parents;
-    for (const auto& c : list)
+    for (const auto& c : items)
         parents += std::to_string(c->parent());
     EXPECT_EQ(parents, "00032");
-}
 
-TEST(StreamIndices, UpdateMaterialShiftsAndRemovesTextureNumbers) {
+    // updateMaterial shifts the texture numbers from a position on, or removes one.
     const auto materials = [](std::initializer_list<const char*> textures) {
         BGLCommandList list;
         list.Add(command(jump));

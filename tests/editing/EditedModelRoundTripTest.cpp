@@ -37,34 +37,18 @@ std::string modelFile() {
     return model.bytes();
 }
 
-// Textures 5, 6 and 7 (0-based) are the summer, autumn and winter of group 3; the file keeps
-// neither the group nor the season, so the host sets them after every load.
-void groupTextures(MDLObject& model) {
-    while (model.TextureList()->Count() < 9)
-        model.TextureList()->Add();
-    const textureVariant variants[] = {summer, autumn, winter};
-    for (int i = 0; i < 3; ++i) {
-        model.TextureList()->Item(6 + i)->parent(3);
-        model.TextureList()->Item(6 + i)->textureVariant(variants[i]);
-    }
-}
-
 }  // namespace
 
 TEST(EditedModel, SavedJumpsLandOnTheirCommandsAndEverythingReadsBack) {
     MDLObject model;
     model.readMDLBytes(modelFile());
-    groupTextures(model);
+    groupSeasons(model);
     BGLCommandList& list = *model.BGLCommandList();
     auto conditions = list.getConditions(-1);
     conditions->Add()->var("142");
     conditions->multiCondition(mOR);
     list.addCondition(conditions);
-    seasonalTextures seasons;
-    seasons.Material = {5, 6, 7, 0, 0};
-    seasons.dayStart = {60, 151, 301, 0, 0};
-    seasons.dayEnd = {150, 300, 59, 0, 0};
-    seasons.active = {true, true, true, false, false};
+    const seasonalTextures seasons = threeSeasons();
     list.addSeasonalTextures(seasons);
     model.fixLights();
     model.addKillShadow();
@@ -77,18 +61,9 @@ TEST(EditedModel, SavedJumpsLandOnTheirCommandsAndEverythingReadsBack) {
     TempDir dir;
     model.saveMDL(dir.file("edited.mdl"));
     const std::string saved = readFile(dir.file("edited.mdl"));
-    const std::string stream = modelbytes::sectionPayload(saved, "BGL ");
-    // Every offset in the bytes lands on the first byte of the command the list names.
-    std::vector<int> inList;
-    for (const auto& c : list) {
-        const BGLCommandDictEntry* row = BGLOpcodeDictionary::row(c->opcode());
-        inList.push_back(row->numParam > 0 && row->isJump[0] ? c->jumpDest(0) : 0);
-    }
-    EXPECT_EQ(jumpTargetsInBytes(stream), inList);
-
     MDLObject again;
     again.readMDLBytes(saved);
-    groupTextures(again);
+    groupSeasons(again);
     EXPECT_EQ(shape(*again.BGLCommandList()), edited);
     const auto back = again.BGLCommandList()->getConditions(-1);
     ASSERT_EQ(back->Count(), 2);
@@ -100,8 +75,9 @@ TEST(EditedModel, SavedJumpsLandOnTheirCommandsAndEverythingReadsBack) {
     EXPECT_EQ(dates.active, seasons.active);
     EXPECT_EQ(again.getRIFFSectionSize(5), 12) << "the kill shadow";
 
-    // Freeing the lights again changes nothing, and the stream survives one more save.
+    // Freeing the lights again changes nothing, and the file comes out the same once more: a
+    // jump offset that missed the first byte of its command would be written anew.
     again.fixLights();
     again.saveMDL(dir.file("again.mdl"));
-    EXPECT_EQ(modelbytes::sectionPayload(readFile(dir.file("again.mdl")), "BGL "), stream);
+    EXPECT_EQ(readFile(dir.file("again.mdl")), saved);
 }

@@ -5,10 +5,9 @@
 #include <array>
 #include <cstdint>
 #include <string>
-#include <utility>
 #include <vector>
 
-// Model files built byte by byte from their parts, and the sections of a saved file.
+// Model files built byte by byte from their parts.
 namespace modelbytes {
 
 using namespace testbytes;
@@ -97,26 +96,5 @@ struct Model {
         return riff(section("MDLH", header) + section("BBOX", bbox) + section("EXTE", inner));
     }
 };
-
-// The sections of a saved model file in the order they stand, walking into "EXTE".
-inline std::vector<std::pair<std::string, std::string>> sectionsOf(const std::string& file) {
-    std::vector<std::pair<std::string, std::string>> out;
-    for (std::size_t at = 12; at + 8 <= file.size();) {
-        std::size_t size = 0;
-        for (int b = 3; b >= 0; --b)
-            size =
-                size << 8 | static_cast<unsigned char>(file[at + 4 + static_cast<std::size_t>(b)]);
-        const std::string tag = file.substr(at, 4);
-        out.emplace_back(tag, tag == "EXTE" ? "" : file.substr(at + 8, size));
-        at += 8 + (tag == "EXTE" ? 0 : size);
-    }
-    return out;
-}
-
-inline std::string sectionPayload(const std::string& file, const std::string& tag) {
-    for (const auto& [found, payload] : sectionsOf(file))
-        if (found == tag) return payload;
-    return {};
-}
 
 }  // namespace modelbytes

@@ -15,9 +15,8 @@ namespace stdfs = std::filesystem;
 
 TempDir::TempDir() {
     static std::atomic<int> counter{0};
-    const auto base = stdfs::temp_directory_path();
-    path_ = (base / ("velmora-test-" + std::to_string(getpid()) + "-" +
-                     std::to_string(counter.fetch_add(1))))
+    path_ = (stdfs::temp_directory_path() / ("velmora-test-" + std::to_string(getpid()) + "-" +
+                                             std::to_string(counter.fetch_add(1))))
                 .string();
     stdfs::remove_all(path_);
     stdfs::create_directories(path_);
@@ -25,24 +24,13 @@ TempDir::TempDir() {
 
 TempDir::~TempDir() {
     std::error_code ignored;
-    // Read-only files and folders left by a test must not stop the clean-up.
-    stdfs::permissions(path_, stdfs::perms::owner_all, stdfs::perm_options::add, ignored);
-    for (auto it = stdfs::recursive_directory_iterator(path_, ignored);
-         it != stdfs::recursive_directory_iterator(); it.increment(ignored)) {
-        stdfs::permissions(it->path(), stdfs::perms::owner_all, stdfs::perm_options::add, ignored);
-    }
     stdfs::remove_all(path_, ignored);
 }
 
-std::string TempDir::listing() const {
-    return listingOf(path_);
-}
-
-std::string listingOf(const std::string& folder) {
+std::string TempDir::listing(const std::string& inside) const {
     std::vector<std::string> names;
-    for (const auto& entry : stdfs::directory_iterator(folder)) {
+    for (const auto& entry : stdfs::directory_iterator(inside.empty() ? path_ : file(inside)))
         names.push_back(entry.path().filename().string());
-    }
     std::sort(names.begin(), names.end());
     std::string out;
     for (const auto& name : names)

@@ -12,15 +12,12 @@ class TempDir {
 
     const std::string& path() const { return path_; }
     std::string file(const std::string& name) const { return path_ + "/" + name; }
-    // Names of the files in the folder, sorted.
-    std::string listing() const;
+    // Names of the files in the folder, or in the folder `inside` it, sorted and joined by blanks.
+    std::string listing(const std::string& inside = "") const;
 
   private:
     std::string path_;
 };
-
-// Names of the files in a folder, sorted and joined by blanks.
-std::string listingOf(const std::string& folder);
 
 // Writes and reads whole files for tests.
 void writeFile(const std::string& path, const std::string& bytes);
