@@ -20,7 +20,7 @@ TEST(HexFunctions, WritesGiveTheirBytesAndReadsGiveZerosPastTheEnd) {
         {[](int16_t f) { hex::writeString(f, "abc", 5); }, std::string("abc\0\0", 5)},
         {[](int16_t f) { hex::writeString(f, "abcd", 0); }, "abcd"},
         {[](int16_t f) { hex::writeUInteger(f, 32768); }, bytes({0x00, 0x80})},
-        {[](int16_t f) { hex::writeUInteger(f, -1); }, bytes({0xFF, 0xFF})},
+        {[](int16_t f) { hex::writeUInteger(f, 65535); }, bytes({0xFF, 0xFF})},
         {[](int16_t f) { hex::writeLong(f, 1, true); }, bytes({0, 0, 0, 1})},
         {[](int16_t f) { hex::writeInteger(f, 0x1234, true); }, bytes({0x12, 0x34})},
         {[](int16_t f) { hex::writeSingle(f, 1.0f, true); }, bytes({0x3F, 0x80, 0, 0})},

@@ -57,26 +57,10 @@ std::string completeModel(const std::string& stream) {
         section("ANIP", bytes({0, 0xFE})) + section("ANIC", "abc") +
         section("SCEN", bytes({0x80, 0, 0x81, 0})) + section("ATTA", "attac") +
         section("ATTO", bytes({0xFF, 0, 0, 0, 0, 0xFF})) + section("PLAT", "plat\x7F\x80.");
-    return riff(section("MDLH", headerPayload()) +
-                section("ISFT", std::string("Velmora test\0", 13)) +
-                section("DICT", bytes({1, 2, 3, 0, 5, 6, 7})) + section("BBOX", boxPayload()) +
-                section("SHAD", bytes({9, 9, 9, 9, 9})) + section("CRAS", "crs") + "EXTE" +
-                le32(static_cast<int64_t>(inner.size())) + inner);
-}
-
-void expectCommands(const BGLCommandList& list, const StreamAssembler& a) {
-    ASSERT_EQ(list.Count(), a.size());
-    for (int i = 0; i < a.size(); ++i) {
-        const auto c = list.Item(i + 1);
-        const Op& op = a.ops[static_cast<std::size_t>(i)];
-        ASSERT_EQ(c->opcode(), op.opcode) << "command " << i + 1;
-        for (std::size_t p = 0; p < op.fields.size(); ++p) {
-            EXPECT_EQ(c->param(static_cast<int16_t>(p)), a.text(i, p)) << i + 1 << "/" << p;
-            if (op.fields[p].target >= 0) {
-                EXPECT_EQ(c->jumpDest(static_cast<int16_t>(p)), op.fields[p].target + 1);
-            }
-        }
-    }
+    return riff(
+        section("MDLH", headerPayload()) + section("ISFT", std::string("Velmora test\0", 13)) +
+        section("DICT", bytes({1, 2, 3, 0, 5, 6, 7})) + section("BBOX", boxPayload()) +
+        section("SHAD", bytes({9, 9, 9, 9, 9})) + section("CRAS", "crs") + section("EXTE", inner));
 }
 
 }  // namespace
@@ -108,7 +92,7 @@ TEST(ModelRoundTrip, EverySectionAndEveryOpcodeLoadAndSaveBackByteForByte) {
     EXPECT_EQ(texture->size(), 4.5f);
     EXPECT_EQ(hex(texture->color()->packedColor()), "FF 11 01 80");
     EXPECT_EQ(model.VertexList()->Item(3)->ty(), 23.0f - 3.5f);
-    expectCommands(*model.BGLCommandList(), stream);
+    // The commands' parameters and jump destinations: ExportASMTest lists this stream.
 
     model.saveMDL(path);
     EXPECT_EQ(hex(readFile(path)), hex(completeModel(stream.bytes())));
@@ -136,9 +120,6 @@ TEST(ModelRoundTrip, EverySectionAndEveryOpcodeLoadAndSaveBackByteForByte) {
     edited.erase(2);
     model.saveMDL(path);
     EXPECT_EQ(hex(readFile(path)), hex(completeModel(edited.bytes())));
-    MDLObject again;
-    again.readMDL(path);
-    expectCommands(*again.BGLCommandList(), edited);
 }
 
 TEST(ModelRoundTrip, SizesAreRecomputedAndTheTableOrderRestored) {
@@ -161,19 +142,33 @@ TEST(ModelRoundTrip, SizesAreRecomputedAndTheTableOrderRestored) {
                                    section("BBOX", boxPayload()) + section("EXTE", inner))));
 }
 
-TEST(ModelRoundTrip, FailedLoadsKeepTheEarlierObjectsUntilTheListsAreDecoded) {
+// What failed saves and loads leave behind; the load errors themselves are BadInputTest's.
+TEST(ModelRoundTrip, FailuresLeaveTheOldFileAndTheEarlierObjects) {
+    TempDir dir;
+    const std::string path = dir.file("model.mdl");
+    writeFile(path, "old contents");
+    EXPECT_TRUE(throwsPlatform([&] { MDLObject().saveMDL(path); }, 91));
     MDLObject model;
     model.readMDLBytes(completeModel(shortStream()), "first.mdl");
+    model.TextureList()->Item(1)->bitmap(std::string(65, 'x'));
+    EXPECT_TRUE(throwsError([&] { model.saveMDL(path); }, 100, "Velmora.HexFunctions",
+                            "The string trying to be written is bigger than the specified length"));
+    model.TextureList()->Item(1)->bitmap("ok.bmp");
+    std::filesystem::permissions(path, std::filesystem::perms::owner_read);
+    if (getuid() != 0) {
+        EXPECT_TRUE(throwsPlatform([&] { model.saveMDL(path); }, 70));
+    }
+    EXPECT_TRUE(throwsPlatform([&] { model.saveMDL(dir.file("no/such/folder.mdl")); }, 76));
+    EXPECT_EQ(readFile(path), "old contents");
+
     const auto textures = model.TextureList();
     EXPECT_TRUE(
         throwsPlatform([&] { model.readMDLBytes(riff(section("XXXX", "")), "bad.mdl"); }, 9));
-    TempDir dir;
     EXPECT_TRUE(throwsError([&] { model.readMDL(dir.file("missing.mdl")); }, 100,
                             "Velmora.MDLObject", "This is not a valid RIFF scenery MDL file"));
-    EXPECT_EQ(dir.listing(), "") << "a failed read creates nothing";
+    EXPECT_EQ(dir.listing(), "model.mdl") << "failed saves and reads create nothing";
     EXPECT_EQ(model.TextureList(), textures) << "the decoded objects stay";
     EXPECT_EQ(model.path(), "first.mdl");
-
     // A list section with the wrong head: the objects decoded before it are the new ones.
     EXPECT_TRUE(throwsError(
         [&] {
@@ -188,27 +183,6 @@ TEST(ModelRoundTrip, FailedLoadsKeepTheEarlierObjectsUntilTheListsAreDecoded) {
     model.readMDLBytes(completeModel(shortStream()));
     model.readMDLBytes(riff(section("CRAS", "c")));
     EXPECT_EQ(model.getISFT() + model.getRIFFSectionData(3), "") << "a new load starts afresh";
-}
-
-TEST(ModelRoundTrip, FailedSavesLeaveTheOldFileAlone) {
-    TempDir dir;
-    const std::string path = dir.file("model.mdl");
-    writeFile(path, "old contents");
-    EXPECT_TRUE(throwsPlatform([&] { MDLObject().saveMDL(path); }, 91));
-
-    MDLObject model;
-    model.readMDLBytes(completeModel(shortStream()));
-    model.TextureList()->Item(1)->bitmap(std::string(65, 'x'));
-    EXPECT_TRUE(throwsError([&] { model.saveMDL(path); }, 100, "Velmora.HexFunctions",
-                            "The string trying to be written is bigger than the specified length"));
-    model.TextureList()->Item(1)->bitmap("ok.bmp");
-    std::filesystem::permissions(path, std::filesystem::perms::owner_read);
-    if (getuid() != 0) {
-        EXPECT_TRUE(throwsPlatform([&] { model.saveMDL(path); }, 70));
-    }
-    EXPECT_TRUE(throwsPlatform([&] { model.saveMDL(dir.file("no/such/folder.mdl")); }, 76));
-    EXPECT_EQ(readFile(path), "old contents");
-    EXPECT_EQ(dir.listing(), "model.mdl");
 }
 
 TEST(ModelRoundTrip, TheLastFiveBytesOfTheExtentHoldNoSection) {

@@ -75,4 +75,17 @@ TEST(ConcurrentModels, TwoThreadsGiveTheSameBytesAsOneAfterTheOther) {
     EXPECT_EQ(concurrent[0], sequential[0]);
     EXPECT_EQ(concurrent[1], sequential[1]);
     EXPECT_NE(sequential[0], sequential[1]);
+
+    // An edited model reads back to its edits and saves to the same bytes again: a jump offset
+    // that missed the first byte of its command would be written anew.
+    velmora::MDLObject again;
+    again.readMDLBytes(sequential[1]);
+    const auto conditions = again.BGLCommandList()->getConditions(-1);
+    ASSERT_EQ(conditions->Count(), 1);
+    EXPECT_EQ(conditions->Item(1)->var() + " " + std::to_string(conditions->Item(1)->min()),
+              "798 1");
+    EXPECT_EQ(again.getRIFFSectionSize(5), 12) << "the kill shadow";
+    again.fixLights();
+    again.saveMDL(dir.file("again"));
+    EXPECT_EQ(readFile(dir.file("again")), sequential[1]);
 }
