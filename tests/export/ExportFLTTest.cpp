@@ -70,7 +70,7 @@ Model smallModel() {
 
 }  // namespace
 
-TEST(ExportFLT, RecordsStandInOrderWithTheirFieldsAtTheirOffsets) {
+TEST(ExportFLT, RecordsStandInOrderWithTheirFieldsAtTheirOffsetsOrFailClosed) {
     TempDir dir;
     MDLObject model;
     model.readMDLBytes(smallModel().bytes());
@@ -134,6 +134,24 @@ TEST(ExportFLT, RecordsStandInOrderWithTheirFieldsAtTheirOffsets) {
     empty.readMDLBytes(Model{}.bytes());
     empty.exportFLT(dir.file("empty.flt"), "png", false);
     EXPECT_EQ(readFile(dir.file("empty.flt")).size(), expectedSize(0, 0, 0, 0));
+
+    // A failure closes the database and leaves what was written.
+    const std::string path = dir.file("failed.flt");
+    model.TextureList()->Item(2)->bitmap(std::string(201, 'x'));
+    EXPECT_TRUE(throwsError([&] { model.exportFLT(path, "png"); }, 100, "Velmora.HexFunctions",
+                            "The string trying to be written is bigger than the specified length"));
+    EXPECT_EQ(readFile(path).size(), 324u + 4228u + 3u * 84u + 216u + 4u);
+    EXPECT_TRUE(throwsPlatform([&] { MDLObject().exportFLT(path, "png"); }, 91));
+
+    // Names of more than seven characters follow their record as a Long ID.
+    OpenFlightWriter writer;
+    writer.createDB(path);
+    writer.writeGroup("abcdefg");
+    writer.writeGroup("abcdefgh");
+    writer.closeDB();
+    EXPECT_EQ(testbytes::hex(readFile(path).substr(88)),
+              testbytes::hex(bytes({0, 33, 0, 13}) + "abcdefgh" + bytes({0})));
+    EXPECT_EQ(readFile(path).substr(48, 8), std::string("abcdefg\0", 8));
 }
 
 TEST(ExportFLT, AttributeFilesAreIdenticalAndStayInTheDatabaseFolder) {
@@ -163,26 +181,4 @@ TEST(ExportFLT, AttributeFilesAreIdenticalAndStayInTheDatabaseFolder) {
     EXPECT_EQ(nonZero, 25);
     for (const auto& [at, value] : words)
         EXPECT_EQ(fieldValue(first, at, 'i'), value) << at;
-}
-
-TEST(ExportFLT, FailuresCloseTheDatabaseAndLeaveWhatWasWritten) {
-    TempDir dir;
-    const std::string path = dir.file("failed.flt");
-    MDLObject object;
-    object.readMDLBytes(smallModel().bytes());
-    object.TextureList()->Item(2)->bitmap(std::string(201, 'x'));
-    EXPECT_TRUE(throwsError([&] { object.exportFLT(path, "png"); }, 100, "Velmora.HexFunctions",
-                            "The string trying to be written is bigger than the specified length"));
-    EXPECT_EQ(readFile(path).size(), 324u + 4228u + 3u * 84u + 216u + 4u);
-    EXPECT_TRUE(throwsPlatform([&] { MDLObject().exportFLT(path, "png"); }, 91));
-
-    // Names of more than seven characters follow their record as a Long ID.
-    OpenFlightWriter writer;
-    writer.createDB(path);
-    writer.writeGroup("abcdefg");
-    writer.writeGroup("abcdefgh");
-    writer.closeDB();
-    EXPECT_EQ(testbytes::hex(readFile(path).substr(88)),
-              testbytes::hex(bytes({0, 33, 0, 13}) + "abcdefgh" + bytes({0})));
-    EXPECT_EQ(readFile(path).substr(48, 8), std::string("abcdefg\0", 8));
 }

@@ -36,9 +36,7 @@ TEST(ModelLists, EmptyListsAndTheirCanonicalBytes) {
     EXPECT_EQ(saved.substr(4, 4) + saved.substr(16, 4), le32(0) + le32(0));
     EXPECT_EQ(saved.substr(saved.size() - 2), le16(34));
 
-    // Counts: unsigned for vertices (40,000 is negative as signed), signed for the others.
-    vertices.fillCollection(le16(181) + le16(40000) + le32(0));
-    EXPECT_EQ(vertices.Count(), 40000);
+    // Counts are signed but for vertices (MemoryBoundTest reads 65,535 of them).
     materials.readList(le16(182) + le16(-3) + le32(0));
     EXPECT_EQ(materials.Count(), 0);
 }

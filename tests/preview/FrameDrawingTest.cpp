@@ -141,12 +141,7 @@ class Preview : public ::testing::Test {
     void SetUp() override {
         surface_ = createPreviewSurface(kSize, kSize);
         preview_->initOpenGL(surface_);
-        // An 8 x 8 green texture.
-        FIBITMAP* bitmap = FreeImage_Allocate(8, 8, 24);
-        RGBQUAD green{0, 255, 0, 0};
-        FreeImage_FillBackground(bitmap, &green, 0);
-        ASSERT_TRUE(FreeImage_Save(FIF_BMP, bitmap, texturePath_.c_str(), 0));
-        FreeImage_Unload(bitmap);
+        writeImage(texturePath_, FIF_BMP, 8, 8, 24, [](int, int) { return Rgb{0, 255, 0}; });
     }
     void TearDown() override { destroyPreviewSurface(surface_); }
 

@@ -15,11 +15,7 @@ inline std::string le16(int32_t value) {
 }
 
 inline std::string le32(int64_t value) {
-    const auto v = static_cast<uint32_t>(value);
-    std::string out(4, '\0');
-    for (int i = 0; i < 4; ++i)
-        out[static_cast<std::size_t>(i)] = static_cast<char>((v >> (8 * i)) & 0xFF);
-    return out;
+    return le16(static_cast<int32_t>(value & 0xFFFF)) + le16(static_cast<int32_t>(value >> 16));
 }
 
 inline std::string f32(float value) {

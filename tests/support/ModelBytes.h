@@ -23,33 +23,6 @@ struct Vert {
     float x = 0, y = 0, z = 0, nx = 0, ny = 0, nz = 0, tx = 0, ty = 0;
 };
 
-inline std::string mate(const std::vector<Material>& materials) {
-    std::string out = le16(0xB6) + le16(static_cast<int32_t>(materials.size())) + le32(0);
-    for (const Material& m : materials) {
-        for (const Rgba* c : {&m.diffuse, &m.ambient, &m.specular, &m.emissive})
-            for (float v : *c)
-                out += f32(v);
-        out += f32(m.power);
-    }
-    return out + le16(0x22);
-}
-
-// Entries named after their bitmaps, of type 1, white, size 0.
-inline std::string text(const std::vector<std::string>& names) {
-    std::string out = le16(0xB7) + le16(static_cast<int32_t>(names.size())) + le32(0);
-    for (const std::string& name : names)
-        out += le32(1) + le32(-1) + le32(0) + f32(0) + name + std::string(64 - name.size(), '\0');
-    return out + le16(0x22);
-}
-
-inline std::string vert(const std::vector<Vert>& vertices) {
-    std::string out = le16(0xB5) + le16(static_cast<int32_t>(vertices.size())) + le32(0);
-    for (const Vert& v : vertices)
-        for (float c : {v.x, v.y, v.z, v.nx, v.ny, v.nz, v.tx, v.ty})
-            out += f32(c);
-    return out + le16(0x22);
-}
-
 // Commands of the "BGL " stream.
 inline std::string setMaterial(int material, int texture) {
     return le16(0xB8) + le16(material) + le16(texture);
@@ -84,15 +57,30 @@ struct Model {
     }
 
     std::string bytes() const {
-        std::string header;
+        const auto count = [](const auto& entries) { return le16(std::ssize(entries)) + le32(0); };
+        std::string header, bbox, mate = le16(0xB6) + count(materials),
+                                  text = le16(0xB7) + count(textures),
+                                  vert = le16(0xB5) + count(vertices);
         for (int i = 1; i <= 9; ++i)
             header += le32(i);
-        std::string bbox;
         for (float v : box)
             bbox += f32(v);
-        const std::string inner = section("TEXT", text(textures)) +
-                                  section("MATE", mate(materials)) +
-                                  section("VERT", vert(vertices)) + section("BGL ", commands);
+        for (const Material& m : materials) {
+            for (const Rgba* c : {&m.diffuse, &m.ambient, &m.specular, &m.emissive})
+                for (float v : *c)
+                    mate += f32(v);
+            mate += f32(m.power);
+        }
+        // Textures named after their bitmaps, of type 1, white, size 0.
+        for (const std::string& name : textures)
+            text +=
+                le32(1) + le32(-1) + le32(0) + f32(0) + name + std::string(64 - name.size(), '\0');
+        for (const Vert& v : vertices)
+            for (float c : {v.x, v.y, v.z, v.nx, v.ny, v.nz, v.tx, v.ty})
+                vert += f32(c);
+        const std::string inner = section("TEXT", text + le16(0x22)) +
+                                  section("MATE", mate + le16(0x22)) +
+                                  section("VERT", vert + le16(0x22)) + section("BGL ", commands);
         return riff(section("MDLH", header) + section("BBOX", bbox) + section("EXTE", inner));
     }
 };
