@@ -12,7 +12,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -25,34 +24,34 @@ namespace {
 constexpr int kSize = 256;
 
 using Rgb = std::array<uint8_t, 3>;
-using Pattern = std::function<Rgb(int x, int y)>;  // y counts from the top row
 
-Rgb gradient(int x, int y) {
-    return {static_cast<uint8_t>(x * 7), static_cast<uint8_t>(y * 11),
-            static_cast<uint8_t>((x + y) * 3)};
-}
-
-// Writes an image with FreeImage: 24 bits, or 8 bits whose palette gives index i the colour
-// (i, i / 2, 255 - i); the pattern's red is then the index.
-void writeImage(const std::string& path, FREE_IMAGE_FORMAT format, int width, int height, int bits,
-                const Pattern& pattern) {
+// Writes an image with FreeImage and gives its pixels as RGB from the top row: 24 bits of a
+// gradient, or 8 bits of palette indices, the palette giving index i the colour (i, i/2, 255-i).
+std::vector<Rgb> writeImage(const std::string& path, FREE_IMAGE_FORMAT format, int width,
+                            int height, int bits) {
     FIBITMAP* bitmap = FreeImage_Allocate(width, height, bits);
     RGBQUAD* palette = FreeImage_GetPalette(bitmap);
     for (int i = 0; palette && i < 256; ++i)
         palette[i] = {static_cast<BYTE>(255 - i), static_cast<BYTE>(i / 2), static_cast<BYTE>(i),
                       0};
+    std::vector<Rgb> pixels;
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
-            const Rgb c = pattern(x, y);
-            RGBQUAD colour{c[2], c[1], c[0], 255};
-            BYTE index = c[0];
-            const auto row = static_cast<unsigned>(height - 1 - y);
-            if (bits == 8) FreeImage_SetPixelIndex(bitmap, static_cast<unsigned>(x), row, &index);
-            if (bits != 8) FreeImage_SetPixelColor(bitmap, static_cast<unsigned>(x), row, &colour);
+            const auto column = static_cast<unsigned>(x),
+                       row = static_cast<unsigned>(height - 1 - y);
+            BYTE i = static_cast<BYTE>(x * 5 + y * 3);
+            RGBQUAD c{static_cast<BYTE>((x + y) * 3), static_cast<BYTE>(y * 11),
+                      static_cast<BYTE>(x * 7), 255};
+            if (bits == 8) FreeImage_SetPixelIndex(bitmap, column, row, &i);
+            if (bits != 8) FreeImage_SetPixelColor(bitmap, column, row, &c);
+            pixels.push_back(
+                bits == 8 ? Rgb{i, static_cast<uint8_t>(i / 2), static_cast<uint8_t>(255 - i)}
+                          : Rgb{c.rgbRed, c.rgbGreen, c.rgbBlue});
         }
     }
-    ASSERT_TRUE(FreeImage_Save(format, bitmap, path.c_str(), 0));
+    EXPECT_TRUE(FreeImage_Save(format, bitmap, path.c_str(), 0));
     FreeImage_Unload(bitmap);
+    return pixels;
 }
 
 // The texture as OpenGL holds it, read back as BGR rows from the bottom, each padded to 4 bytes,
@@ -141,7 +140,7 @@ class Preview : public ::testing::Test {
     void SetUp() override {
         surface_ = createPreviewSurface(kSize, kSize);
         preview_->initOpenGL(surface_);
-        writeImage(texturePath_, FIF_BMP, 8, 8, 24, [](int, int) { return Rgb{0, 255, 0}; });
+        writeFile(texturePath_, dxt1File({0x07E0, 0x07E0, 0x07E0, 0x07E0}));  // green
     }
     void TearDown() override { destroyPreviewSurface(surface_); }
 
@@ -153,7 +152,7 @@ class Preview : public ::testing::Test {
     TempDir dir_;
     int32_t surface_ = 0;
     std::shared_ptr<OpenGLPreviewObject> preview_ = std::make_shared<OpenGLPreviewObject>();
-    const std::string texturePath_ = dir_.file("green.bmp");
+    const std::string texturePath_ = dir_.file("green.dds");
     const float twips_ = kSize * TwipsPerPixelX();
 };
 
@@ -211,17 +210,13 @@ TEST_F(Preview, ShowsThePlateCentredAndFollowsTheView) {
     savePreviewSurfacePNG(surface_, png);
     FIBITMAP* saved = FreeImage_Load(FIF_PNG, png.c_str(), 0);
     ASSERT_NE(saved, nullptr);
-    int wrong = 0;
-    for (int y = 0; y < kSize; ++y) {
-        for (int x = 0; x < kSize; ++x) {
-            RGBQUAD p{};
-            FreeImage_GetPixelColor(saved, x, kSize - 1 - y, &p);  // its rows count from the bottom
-            wrong += p.rgbRed != turned.at(x, y)[0] || p.rgbGreen != turned.at(x, y)[1] ||
-                     p.rgbBlue != turned.at(x, y)[2];
-        }
-    }
+    std::vector<uint8_t> bgr(turned.rgb.size());
+    FreeImage_ConvertToRawBits(bgr.data(), saved, 3 * kSize, 24, FI_RGBA_RED_MASK,
+                               FI_RGBA_GREEN_MASK, FI_RGBA_BLUE_MASK, TRUE);  // rows from the top
     FreeImage_Unload(saved);
-    EXPECT_EQ(wrong, 0);
+    for (std::size_t i = 0; i < bgr.size(); i += 3)
+        std::swap(bgr[i], bgr[i + 2]);
+    EXPECT_EQ(bgr, turned.rgb);
 
     // A zoom or a height of 0 raises error 11 and leaves the last frame as it was.
     EXPECT_TRUE(throwsPlatform([&] { draw(model, 0, 0, 0, 0, 0); }, 11));
@@ -232,9 +227,6 @@ TEST_F(Preview, ShowsThePlateCentredAndFollowsTheView) {
 TEST_F(Preview, ImagesLoadBottomUpAsBGRWithTheirRowPadding) {
     // 5 pixels a row are 15 bytes: each row carries fill bytes that must not shift the next;
     // an 8-bit image resolves its palette, its size taken from the bitmap header.
-    const Pattern indices = [](int x, int y) {
-        return Rgb{static_cast<uint8_t>((x * 5 + y * 3) % 256), 0, 0};
-    };
     struct Case {
         const char* name;
         FREE_IMAGE_FORMAT format;
@@ -245,16 +237,8 @@ TEST_F(Preview, ImagesLoadBottomUpAsBGRWithTheirRowPadding) {
           Case{"odd.png", FIF_PNG, 7, 5, 24}, Case{"palette.bmp", FIF_BMP, 13, 7, 8}}) {
         SCOPED_TRACE(c.name);
         const std::string path = dir_.file(c.name);
-        writeImage(path, c.format, c.width, c.height, c.bits, c.bits == 8 ? indices : gradient);
-        std::vector<Rgb> expected, texels;
-        for (int y = 0; y < c.height; ++y) {
-            for (int x = 0; x < c.width; ++x) {
-                const uint8_t i = indices(x, y)[0];
-                expected.push_back(
-                    c.bits == 8 ? Rgb{i, static_cast<uint8_t>(i / 2), static_cast<uint8_t>(255 - i)}
-                                : gradient(x, y));
-            }
-        }
+        const std::vector<Rgb> expected = writeImage(path, c.format, c.width, c.height, c.bits);
+        std::vector<Rgb> texels;
         EXPECT_EQ(readTexture(preview_->loadTexture(path), texels),
                   (std::vector<int>{c.width, c.height}));
         EXPECT_EQ(texels, expected);
@@ -284,7 +268,7 @@ TEST_F(Preview, FailuresLeaveThePreviewAsItWas) {
                                 "Velmora.OpenGLPreviewObject",
                                 "Loading Texture File: '" + path + "' Failed!"));
     }
-    EXPECT_EQ(dir_.listing(), "garbage.bmp green.bmp truncated.dds");
+    EXPECT_EQ(dir_.listing(), "garbage.bmp green.dds truncated.dds");
 
     // The preparation stops at the first; the textures before it keep their names.
     MDLObject model;
