@@ -82,17 +82,15 @@ TEST(Jumps, OffsetsAreWrittenFromDestinations) {
     EXPECT_TRUE(throwsPlatform([&] { far.asString(); }, 6));
 }
 
-namespace {
-
 // A random stream with long and short jumps to the start of a command, into one, to itself and
-// backwards. The offsets come from the assembler, not from the library.
-StreamAssembler randomStream(int commands, unsigned seed) {
-    std::mt19937 random(seed);
+// backwards; the offsets come from the assembler, not from the library.
+TEST(Jumps, ResolutionAgreesWithTheStepByStepWalk) {
+    std::mt19937 random(7);
     const auto pick = [&](int low, int high) {
         return std::uniform_int_distribution<int>(low, high)(random);
     };
     StreamAssembler a;
-    while (a.size() < commands) {
+    while (a.size() < 2000) {
         const int kind = pick(0, 6);
         const int items = kind == 0 ? pick(0, 4) : 0;
         if (kind == 0) a.add(DRAW_TRI_LIST_BEGIN, {w(0), w(0), w(items * 3)});
@@ -119,50 +117,36 @@ StreamAssembler randomStream(int commands, unsigned seed) {
             field.delta = pick(0, 4) == 0 ? pick(0, field.target == last ? size - 2 : size - 1) : 0;
         }
     }
-    return a;
-}
 
-// The jumpDest of every jump parameter, as held and by the step-by-step walk of the offsets.
-std::pair<std::vector<int32_t>, std::vector<int32_t>> destinations(const BGLCommandList& list) {
-    std::vector<int32_t> sizes(1, 0), held, walked;
-    for (const auto& c : list)
-        sizes.push_back(BGLOpcodeDictionary::row(c->opcode())->length);
-    for (int32_t n = 1; n <= list.Count(); ++n) {
-        const auto c = list.Item(n);
-        const BGLCommandDictEntry* row = BGLOpcodeDictionary::row(c->opcode());
-        for (int16_t i = 0; i < row->numParam; ++i) {
-            if (!row->isJump[static_cast<std::size_t>(i)]) continue;
-            int64_t bytes = -2;
-            int32_t j = n - 1;
-            while (bytes < std::stoll(c->param(i)))
-                bytes += sizes.at(static_cast<std::size_t>(++j));
-            walked.push_back(j);
-            held.push_back(c->jumpDest(i));
-        }
-    }
-    return {held, walked};
-}
-
-}  // namespace
-
-TEST(Jumps, ResolutionAgreesWithTheStepByStepWalk) {
-    const StreamAssembler a = randomStream(2000, 7);
     BGLCommandList list;
     list.readList(a.bytes());
     ASSERT_EQ(list.Count(), a.size());
-    const auto [held, walked] = destinations(list);
-    EXPECT_GT(walked.size(), 500u);
-    EXPECT_EQ(held, walked);
-
-    // Written back, a forward offset points at the start of the command it resolved to, and a
-    // backward one at the jumping command itself.
-    const std::vector<int64_t> starts = a.starts();
-    list.asString();
-    for (int32_t n = 1; n <= list.Count(); ++n) {
-        const auto c = list.Item(n);
-        if (c->opcode() != BGL_JUMP_32) continue;
-        const auto to = static_cast<std::size_t>(std::max(c->jumpDest(0), n) - 1);
-        ASSERT_EQ(c->param(0), std::to_string(starts[to] - starts[static_cast<std::size_t>(n - 1)]))
-            << n;
+    list.asString();  // writes every offset back from its destination
+    const std::vector<int64_t> at = a.starts();
+    int jumps = 0;
+    for (int n = 1; n <= a.size(); ++n) {
+        const auto& fields = a.ops[static_cast<std::size_t>(n - 1)].fields;
+        for (std::size_t p = 0; p < fields.size(); ++p) {
+            if (fields[p].target < 0) continue;
+            ++jumps;
+            // The walk: from the command in front, command after command until the offset is
+            // passed, each command's bytes counted from its end.
+            int64_t bytes = -2;
+            int j = n - 1;
+            while (bytes < a.valueOf(n - 1, p)) {
+                ++j;
+                bytes +=
+                    at.at(static_cast<std::size_t>(j)) - at.at(static_cast<std::size_t>(j - 1));
+            }
+            const auto c = list.Item(n);
+            ASSERT_EQ(c->jumpDest(static_cast<int16_t>(p)), j) << n << "/" << p;
+            // Written back, a forward offset points at the start of that command, a backward
+            // one at the jumping command itself.
+            const auto to = static_cast<std::size_t>(std::max(j, n) - 1);
+            ASSERT_EQ(c->param(static_cast<int16_t>(p)),
+                      std::to_string(at[to] - at[static_cast<std::size_t>(n - 1)]))
+                << n << "/" << p;
+        }
     }
+    EXPECT_GT(jumps, 500);
 }

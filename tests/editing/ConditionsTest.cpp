@@ -123,24 +123,16 @@ TEST(Conditions, WritingBackIsStableForAndAndTurnsTheTestsRoundOtherwise) {
 }
 
 TEST(Conditions, DocumentedFailures) {
-    // No guarded call: the scan runs off the list.
-    EXPECT_TRUE(throwsPlatform(
-        [] {
-            listOf({command(IFIN1, {"0", "1", "2", "3"}, 2), command(BGL_END)})->getConditions(-1);
-        },
-        9));
-    EXPECT_TRUE(throwsPlatform([] { BGLCommandList().getConditions(-1); }, 9));
-    // A range test and a rotation under mNOT: the look-back reaches index 0.
-    EXPECT_TRUE(throwsPlatform(
-        [] {
-            written(mNOT, {a(), condition(RotWind)})->getConditions(-1);
-        },
-        9));
-    EXPECT_TRUE(throwsPlatform(
-        [] {
-            listOf({command(IFIN1, {"0", "1", "x", "3"}), command(BGL_CALL_32)})->getConditions(-1);
-        },
-        13));
+    // No guarded call, or no command at all: the scan runs off the list. A range test and a
+    // rotation under mNOT: the look-back reaches index 0. A range that is no number.
+    const std::pair<std::shared_ptr<BGLCommandList>, int> scans[] = {
+        {listOf({command(IFIN1, {"0", "1", "2", "3"}, 2), command(BGL_END)}), 9},
+        {listOf({}), 9},
+        {written(mNOT, {a(), condition(RotWind)}), 9},
+        {listOf({command(IFIN1, {"0", "1", "x", "3"}), command(BGL_CALL_32)}), 13},
+    };
+    for (const auto& [list, number] : scans)
+        EXPECT_TRUE(throwsPlatform([&] { list->getConditions(-1); }, number));
     EXPECT_TRUE(throwsPlatform([] { condition(static_cast<CondType>(4))->getTypeString(); }, 9));
     auto list = written(mAND, {});
     EXPECT_TRUE(throwsPlatform([&] { list->addCondition(list->getConditions(0)); }, 9));

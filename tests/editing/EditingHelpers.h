@@ -65,28 +65,6 @@ inline std::shared_ptr<MDLObject> modelWith(const BGLCommandList& commands,
     return model;
 }
 
-// Textures 5, 6 and 7 (0-based) become the summer, autumn and winter of group 3, out of nine;
-// the file keeps neither the group nor the season, so a host sets them after every load.
-inline void groupSeasons(MDLObject& model) {
-    while (model.TextureList()->Count() < 9)
-        model.TextureList()->Add();
-    const textureVariant variants[] = {summer, autumn, winter};
-    for (int i = 0; i < 3; ++i) {
-        model.TextureList()->Item(6 + i)->parent(3);
-        model.TextureList()->Item(6 + i)->textureVariant(variants[i]);
-    }
-}
-
-// Summer 60 to 150 (texture 5), autumn 151 to 300 (6), winter 301 to 59 (7).
-inline seasonalTextures threeSeasons() {
-    seasonalTextures s;
-    s.Material = {5, 6, 7, 8, 9};
-    s.dayStart = {60, 151, 301, 0, 0};
-    s.dayEnd = {150, 300, 59, 0, 0};
-    s.active = {true, true, true, false, false};
-    return s;
-}
-
 template <class Edit>
 int errorOf(Edit&& edit) {
     try {

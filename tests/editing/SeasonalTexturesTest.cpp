@@ -11,19 +11,35 @@ using namespace edittest;
 
 namespace {
 
-std::shared_ptr<BGLCommand> setMaterial(int texture) {
+const auto setMaterial = [](int texture) {
     return command(SET_MATERIAL, {"0", std::to_string(texture)});
-}
+};
+const auto other = [] { return command(SETWRD, {"1", "2"}); };
 std::shared_ptr<BGLCommand> dayTest(int start, int end, int32_t jump = 0) {
     return command(IFIN1, {"", "906", std::to_string(start), std::to_string(end)}, jump);
 }
-std::shared_ptr<BGLCommand> other() {
-    return command(SETWRD, {"1", "2"});
+
+// Summer 60 to 150 (texture 5), autumn 151 to 300 (6), winter 301 to 59 (7).
+seasonalTextures threeSeasons() {
+    seasonalTextures s;
+    s.Material = {5, 6, 7, 8, 9};
+    s.dayStart = {60, 151, 301, 0, 0};
+    s.dayEnd = {150, 300, 59, 0, 0};
+    s.active = {true, true, true, false, false};
+    return s;
 }
 
+// Textures 5, 6 and 7 (0-based) are the summer, autumn and winter of group 3, out of nine; the
+// file keeps neither the group nor the season, so a host sets them after every load.
 std::shared_ptr<MDLObject> seasonalModel(const BGLCommandList& commands) {
     auto model = modelWith(commands);
-    groupSeasons(*model);
+    const textureVariant variants[] = {summer, autumn, winter};
+    for (int i = 0; i < 9; ++i)
+        model->TextureList()->Add();
+    for (int i = 0; i < 3; ++i) {
+        model->TextureList()->Item(6 + i)->parent(3);
+        model->TextureList()->Item(6 + i)->textureVariant(variants[i]);
+    }
     return model;
 }
 

@@ -15,14 +15,10 @@ using testbytes::section;
 
 namespace {
 
-std::shared_ptr<BGLCommand> light() {
-    return command(BGL_LIGHT, {"0", "0", "0", "0", "0", "0", "0", "0", "0", "0", "0"});
-}
+const auto light = [] { return command(BGL_LIGHT, std::vector<std::string>(11, "0")); };
+const auto baseOverride = [] { return command(VAR_BASE_OVERRIDE, {"0"}); };
 std::shared_ptr<BGLCommand> maskTest(int variable, int32_t jump = 0) {
     return command(IFMSK, {"", std::to_string(variable), "1"}, jump);
-}
-std::shared_ptr<BGLCommand> baseOverride() {
-    return command(VAR_BASE_OVERRIDE, {"0"});
 }
 
 }  // namespace
@@ -85,11 +81,14 @@ TEST(FixLights, TestsAndOverridesInFrontOfLightsGoAndALightAtTheHeadFails) {
 
 namespace {
 
-std::shared_ptr<BGLCommand> useTexture(int texture) {
+const auto useTexture = [](int texture) {
     return command(SET_MATERIAL, {"0", std::to_string(texture)});
-}
-std::shared_ptr<BGLCommand> triangle(int a, int b, int c, int base = -1) {
-    if (base >= 0) return command(DRAW_TRI_LIST_BEGIN, {std::to_string(base), "3", "1"});
+};
+// A list header of one triangle from `base` on, or a triangle of the list.
+const auto header = [](int base) {
+    return command(DRAW_TRI_LIST_BEGIN, {std::to_string(base), "3", "1"});
+};
+std::shared_ptr<BGLCommand> triangle(int a, int b, int c) {
     return command(DRAW_TRI_LIST_ITEM, {std::to_string(a), std::to_string(b), std::to_string(c)});
 }
 
@@ -98,20 +97,16 @@ std::shared_ptr<BGLCommand> triangle(int a, int b, int c, int base = -1) {
 // position 3 (size 100); position 4 in group 0.
 std::string sizesAfter(std::initializer_list<std::shared_ptr<BGLCommand>> commands) {
     auto model = modelWith(*listOf(commands));
-    const float corners[4][5] = {
-        {0, 0, 0, 0, 0}, {10, 0, 0, 0.5f, 0}, {0, 0, 0, 0, 0}, {10, 0, 0, 3, 4}};
-    for (const auto& c : corners) {
-        auto v = model->VertexList()->Add();
-        v->x(c[0]);
-        v->tx(c[3]);
-        v->ty(c[4]);
-    }
+    const float corners[4][3] = {{0, 0, 0}, {10, 0.5f, 0}, {0, 0, 0}, {10, 3, 4}};  // x, tx, ty
     const int16_t parents[4] = {1, 1, 3, 0};
     const float sizes[4] = {0, 50, 100, 7};
     for (int i = 0; i < 4; ++i) {
-        auto t = model->TextureList()->Add();
-        t->parent(parents[i]);
-        t->size(sizes[i]);
+        auto v = model->VertexList()->Add();
+        v->x(corners[i][0]);
+        v->tx(corners[i][1]);
+        v->ty(corners[i][2]);
+        model->TextureList()->Add()->parent(parents[i]);
+        model->TextureList()->Item(i + 1)->size(sizes[i]);
     }
     const int error = errorOf([&] { model->updateTextureSize(); });
     std::ostringstream out;
@@ -125,11 +120,11 @@ std::string sizesAfter(std::initializer_list<std::shared_ptr<BGLCommand>> comman
 TEST(TextureSize, GroupsTakeTheLargestRatioOfTheirEdges) {
     const std::pair<std::string, const char*> cases[] = {
         // Ratio 10 / 0.5 = 20 sets both entries of group 1; group 3 keeps its 100.
-        {sizesAfter({useTexture(1), triangle(0, 0, 0, 0), triangle(0, 1, 2), useTexture(-1),
-                     triangle(0, 3, 2)}),
+        {sizesAfter(
+             {useTexture(1), header(0), triangle(0, 1, 2), useTexture(-1), triangle(0, 3, 2)}),
          "20 20 100 7 error 0"},
         // tx 3 and ty 4: a texture length of 5, ratio 2. The base vertex counts.
-        {sizesAfter({useTexture(0), triangle(0, 0, 0, 2), triangle(0, 1, 0)}), "2 2 100 7 error 0"},
+        {sizesAfter({useTexture(0), header(2), triangle(0, 1, 0)}), "2 2 100 7 error 0"},
         // Equal texture coordinates: no division, nothing changes.
         {sizesAfter({useTexture(0), triangle(0, 2, 0)}), "0 50 100 7 error 0"},
         // A texture number outside the list; a group that names no entry (also before any
@@ -138,8 +133,7 @@ TEST(TextureSize, GroupsTakeTheLargestRatioOfTheirEdges) {
         {sizesAfter({useTexture(3), triangle(0, 1, 2)}), "0 50 100 7 error 9"},
         {sizesAfter({triangle(0, 1, 2)}), "0 50 100 7 error 9"},
         {sizesAfter({useTexture(0), triangle(0, 1, 9)}), "20 20 100 7 error 9"},
-        {sizesAfter({useTexture(0), triangle(0, 0, 0, 40000), triangle(0, 1, 2)}),
-         "0 50 100 7 error 6"},
+        {sizesAfter({useTexture(0), header(40000), triangle(0, 1, 2)}), "0 50 100 7 error 6"},
     };
     for (const auto& [sizes, expected] : cases)
         EXPECT_EQ(sizes, expected);
