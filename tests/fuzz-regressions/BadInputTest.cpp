@@ -151,6 +151,8 @@ TEST(BadInput, EachDamagedFileGetsItsError) {
          "This is not a valid XML style BGL file"},
         {"more sections than the file holds", patched(20, 32767), 100, source,
          "The section table of this BGL file is damaged"},
+        {"one section more than the file holds", compiledFile({{mdl, {}}}).replace(20, 4, le32(2)),
+         100, source, "The section table of this BGL file is damaged"},
         {"section count above 32,767", patched(20, 32768), 6, "Velmora", "Overflow"},
         {"subsection table past the end", patched(at[1] + 8, 0x7FFFFFFF), 100, source, subTable},
         {"subsection table before the file", patched(at[1] + 12, -16), 100, source, subTable},

@@ -1,6 +1,7 @@
 #include <velmora/velmora.h>
 
-#include "support/Bytes.h"
+#include "support/ErrorMatchers.h"
+#include "support/StreamAssembler.h"
 #include "support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -79,6 +80,24 @@ std::size_t peakDuring(const std::function<void()>& action) {
 }
 
 using namespace testbytes;
+using namespace velmora;
+using bgltest::command;
+
+namespace {
+
+// A loaded empty model whose list holds `fillers` harmless commands, then the given tail.
+std::shared_ptr<MDLObject> longModel(int fillers,
+                                     std::initializer_list<std::shared_ptr<BGLCommand>> tail) {
+    auto model = std::make_shared<MDLObject>();
+    model->readMDLBytes(testbytes::riff(""));
+    for (int i = 0; i < fillers; ++i)
+        model->BGLCommandList()->Add(command(SETWRD, {"1", "2"}));
+    for (const auto& c : tail)
+        model->BGLCommandList()->Add(c);
+    return model;
+}
+
+}  // namespace
 
 // A 16-bit count reads the entries beyond the data as zeros: bounded by 65,535, whatever the
 // file, in a load, a save and a decode.
@@ -89,7 +108,7 @@ TEST(MemoryBound, SixteenBitCountsCostAtMostTheirBoundedEntries) {
                                section("TEXT", le16(183) + le16(0x7FFF) + le32(0)) +
                                section("MATE", le16(182) + le16(0x7FFF) + le32(0)) +
                                section("BGL ", le16(185) + le16(0) + le16(0) + le16(0xFFFF));
-    velmora::MDLObject model;
+    MDLObject model;
     const std::size_t loading = peakDuring([&] { model.readMDLBytes(riff(claims)); });
     EXPECT_EQ(model.VertexList()->Count(), 65535);
     EXPECT_EQ(model.VertexList()->Item(65535)->x(), 0.0f);
@@ -103,9 +122,48 @@ TEST(MemoryBound, SixteenBitCountsCostAtMostTheirBoundedEntries) {
     EXPECT_GT(savedSize, 65535u * 32);
     EXPECT_LE(saving, 4 * savedSize + 4 * kSixteenBitPart);
 
-    velmora::BGLCommandList list;
+    BGLCommandList list;
     const std::size_t decoding =
         peakDuring([&] { list.readList(le16(186) + le16(0) + le16(0) + le16(0xFFFE)); });
     EXPECT_EQ(list.Count(), 1 + 32767);
     EXPECT_LE(decoding, kSixteenBitPart);
+}
+
+// The 16-bit counters and fields that overflow on long lists do so with error 6; this program
+// runs under UndefinedBehaviorSanitizer, so a wrap or a bad cast on the way fails it as well.
+// The walks that index commands with 16 bits: a guarded call, a seasonal texture or a light
+// beyond position 32,767. The counts written in 16 bits: 65,535 vertices (unsigned: the test
+// above saves that many) and 32,767 commands; a failed save leaves the old file.
+TEST(SixteenBitOverflow, LongListsEndInError6) {
+    EXPECT_EQ(
+        longModel(32766, {command(BGL_CALL_32)})->BGLCommandList()->getConditions(-1)->commandEnd(),
+        32767);
+    auto model = longModel(32767, {command(BGL_CALL_32)});
+    EXPECT_TRUE(throwsPlatform([&] { model->BGLCommandList()->getConditions(-1); }, 6));
+
+    model = longModel(32767, {command(SET_MATERIAL, {"0", "0"})});
+    model->TextureList()->Add()->parent(1);
+    EXPECT_TRUE(throwsPlatform([&] { model->readSeasonalDates(1); }, 6));
+    seasonalTextures seasons;
+    seasons.active[0] = true;
+    EXPECT_TRUE(throwsPlatform([&] { model->BGLCommandList()->addSeasonalTextures(seasons); }, 6));
+    EXPECT_EQ(model->BGLCommandList()->Count(), 32768);
+
+    // The mask test in front of the light goes; its repair would name position 40,001.
+    model = longModel(39999, {command(IFMSK, {"0", "100", "1"}), command(BGL_LIGHT)});
+    EXPECT_TRUE(throwsPlatform([&] { model->fixLights(); }, 6));
+    EXPECT_EQ(model->BGLCommandList()->Count(), 40000);
+    EXPECT_EQ(model->BGLCommandList()->Item(40000)->opcode(), BGL_LIGHT);
+
+    VertexList vertices;
+    for (int i = 0; i <= 65535; ++i)
+        vertices.Add();
+    EXPECT_TRUE(throwsPlatform([&] { vertices.asString(); }, 6));
+    TempDir folder;
+    model = longModel(32767, {});
+    model->saveMDL(folder.file("fits.mdl"));
+    model->BGLCommandList()->Add(command(BGL_END));
+    writeFile(folder.file("kept.mdl"), "old");
+    EXPECT_TRUE(throwsPlatform([&] { model->saveMDL(folder.file("kept.mdl")); }, 6));
+    EXPECT_EQ(readFile(folder.file("kept.mdl")), "old");
 }

@@ -1,8 +1,10 @@
 #include <velmora/MDLObject.h>
 #include <velmora/OpenFlightWriter.h>
+#include <velmora/Version.h>
 
 #include "support/ErrorMatchers.h"
 #include "support/ModelBytes.h"
+#include "support/StreamAssembler.h"
 #include "support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -10,9 +12,72 @@
 #include <cstring>
 #include <filesystem>
 #include <regex>
+#include <set>
+#include <sstream>
 
 using namespace velmora;
 using namespace modelbytes;
+
+namespace {
+
+// The names of the commands of bgltest::everyOpcode, in order.
+// clang-format off
+const char* const kNames[] = {
+    "BGL_TAG", "VAR_BASE_32", "VAR_BASE_OVERRIDE", "MATERIAL_LIST_BEGIN", "TEXTURE_LIST_BEGIN",
+    "SETWRD", "BGL_ZBIAS", "BGL_SET_MATRIX_INDIRECT", "IFIN1", "SET_MATERIAL", "IFIN2", "IFIN3",
+    "IFIN_BOX_PLANE", "IFIN_INSTANCED_BOX_PLANE", "IFINBOXP", "IFMSK", "IFSIZEV", "IFSIZEH",
+    "SEPARATION_PLANE", "SPRITE_VICALL", "BGL_ANIMATE", "BGL_INTERPOLATE", "DRAW_TRI_LIST_BEGIN",
+    "DRAW_TRI_LIST_ITEM", "DRAW_TRI_LIST_ITEM", "BGL_LIGHT", "DRAW_LINE_LIST_BEGIN",
+    "DRAW_LINE_LIST_ITEM", "DRAW_LINE_LIST_ITEM", "JUMP", "BGL_JUMP_32", "BGL_CALL_32", "BGL_CALL",
+    "BGL_RETURN", "BGL_RETURN", "BGL_END"};
+// clang-format on
+
+}  // namespace
+
+TEST(ExportASM, ListingShowsTexturesAndEveryCommandOrStopsAtOneWithoutRow) {
+    const bgltest::StreamAssembler stream = bgltest::everyOpcode();
+    modelbytes::Model model;
+    model.textures = {"Wall.bmp", std::string(31, 'b'), std::string(32, 'd'), std::string(40, 'c')};
+    model.commands = stream.bytes();
+    MDLObject object;
+    object.readMDLBytes(model.bytes());
+
+    std::string expected = "; Start of texture list\r\n" + std::string("Wall.bmp") +
+                           std::string(23, ' ') + " 0 \r\n" + std::string(31, 'b') + " 1 \r\n" +
+                           std::string(32, 'd') + "  2 \r\n" + std::string(40, 'c') + "  3 \r\n" +
+                           "\r\n; Start of BGL command list\r\n";
+    // Each parameter is followed by its jump destination, 0 when it is no jump.
+    for (int i = 0; i < stream.size(); ++i) {
+        expected += kNames[i];
+        const auto& fields = stream.ops[static_cast<std::size_t>(i)].fields;
+        for (std::size_t p = 0; p < fields.size(); ++p) {
+            const int destination = fields[p].target < 0 ? 0 : fields[p].target + 1;
+            expected += " " + stream.text(i, p) + " JD: " + std::to_string(destination) + ",";
+        }
+        expected += "\r\n";
+    }
+    expected += "\r\n";
+
+    TempDir dir;
+    const std::string path = dir.file("model.asm");
+    writeFile(path, std::string(100000, 'x'));  // an older, longer listing is replaced
+    object.exportASM(path);
+    // The banner in front names the version.
+    const std::string listing = readFile(path);
+    const std::size_t body = listing.find("; Start of texture list\r\n");
+    EXPECT_NE(listing.substr(0, body).find("; Velmora DLL version " + versionString() + "\r\n"),
+              std::string::npos);
+    EXPECT_EQ(listing.substr(body), expected);
+
+    // A command without a row stops the listing; what was written stays.
+    MDLObject bad;
+    bad.readMDLBytes(modelbytes::Model{}.bytes());
+    bad.BGLCommandList()->Add()->opcode(BGL_END);
+    bad.BGLCommandList()->Add()->opcode(static_cast<BGLOpcode>(5000));
+    EXPECT_TRUE(throwsPlatform([&] { bad.exportASM(path); }, 9));
+    EXPECT_EQ(readFile(path).substr(body),
+              "; Start of texture list\r\n\r\n; Start of BGL command list\r\nBGL_END\r\n");
+}
 
 namespace {
 
@@ -81,12 +146,11 @@ TEST(ExportFLT, RecordsStandInOrderWithTheirFieldsAtTheirOffsetsOrFailClosed) {
     std::vector<int> opcodes;
     for (std::size_t at : records)
         opcodes.push_back(static_cast<int>(fieldValue(db, at, 'h')));
-    const int face[] = {5, 10, 72, 11};
-    std::vector<int> expected = {1,  32, 113, 113, 113, 64, 64, 67, 70, 70, 70, 70,
-                                 70, 70, 10,  2,   10,  2,  10, 73, 10, 4,  10};
-    for (int f = 0; f < 3; ++f)
-        expected.insert(expected.end(), face, face + 4);
-    expected.insert(expected.end(), 5, 11);
+    // Header, colour palette, three materials and the white one, two textures, the vertex
+    // palette and its six vertices, the groups and objects, then each face with its vertex list.
+    const std::vector<int> expected = {1,  32, 113, 113, 113, 64, 64, 67, 70, 70, 70, 70, 70, 70,
+                                       10, 2,  10,  2,   10,  73, 10, 4,  10, 5,  10, 72, 11, 5,
+                                       10, 72, 11,  5,   10,  72, 11, 11, 11, 11, 11, 11};
     ASSERT_EQ(opcodes, expected);
 
     struct Field {
@@ -181,4 +245,82 @@ TEST(ExportFLT, AttributeFilesAreIdenticalAndStayInTheDatabaseFolder) {
     EXPECT_EQ(nonZero, 25);
     for (const auto& [at, value] : words)
         EXPECT_EQ(fieldValue(first, at, 'i'), value) << at;
+}
+
+// OpenSceneGraph's osgconv, an independent OpenFlight reader, converts the database to
+// Wavefront OBJ with every face kept apart: the faces' objects, their vertices and triangles in
+// face order, and the images of their materials come back.
+TEST(OsgconvReadBack, TexturedModelComesBackWithItsFacesVerticesAndTextures) {
+    if (std::system("command -v osgconv >/dev/null") != 0) {
+        GTEST_SKIP() << "osgconv (package openscenegraph) is not installed";
+    }
+    // Eight corners of a house with a wall and a roof texture, and four triangles over two lists.
+    modelbytes::Model model;
+    model.materials = {{{1, 0, 0, 1}}, {{0, 0.5f, 1, 1}}};
+    model.textures = {"Wall.bmp", "ROOF.BMP"};
+    for (int i = 0; i < 8; ++i) {
+        model.vertices.push_back({static_cast<float>(i % 2) * 4 - 2,
+                                  static_cast<float>(i / 4) * 3 + 0.5f,
+                                  static_cast<float>((i / 2) % 2) * 6 - 3.25f, 0, 1, 0,
+                                  static_cast<float>(i % 2), static_cast<float>(i / 4)});
+    }
+    model.commands += modelbytes::setMaterial(0, 0);
+    model.draw(0, {{0, 1, 5}, {0, 5, 4}});
+    model.commands += modelbytes::setMaterial(1, 1);
+    model.draw(2, {{2, 3, 5}, {0, 1, 4}});
+    model.commands += modelbytes::bglEnd();
+
+    TempDir dir;
+    MDLObject object;
+    object.readMDLBytes(model.bytes());
+    // 2 x 2 uncompressed true-colour TGAs, so that the reader finds every texture it is told of.
+    const std::string tga =
+        testbytes::bytes({0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 2, 0, 2, 0, 24, 0});
+    writeFile(dir.file("wall.tga"), tga + std::string(12, '\x7F'));
+    writeFile(dir.file("roof.tga"), tga + std::string(12, '\x7F'));
+    object.exportFLT(dir.file("model.flt"), "tga", true, 0.0f);
+    const int status =
+        std::system(("timeout 60 osgconv -O preserveFace '" + dir.file("model.flt") + "' '" +
+                     dir.file("model.obj") + "' >'" + dir.file("log") + "' 2>&1")
+                        .c_str());
+    const std::string log = readFile(dir.file("log"));
+    const std::string messages = log.substr(0, log.find("Data written to"));
+    ASSERT_EQ(status, 0) << messages;
+    EXPECT_EQ(messages, "");
+
+    using Position = std::array<double, 3>;
+    std::vector<Position> vertices;
+    std::vector<std::array<Position, 3>> triangles;
+    std::string objects;
+    std::set<std::string> images;
+    std::istringstream text(readFile(dir.file("model.obj")) + readFile(dir.file("model.mtl")));
+    for (std::string line; std::getline(text, line);) {
+        std::istringstream words(line);
+        std::string key, value;
+        words >> key;
+        if (key == "o") objects += line + ";";
+        if (key == "v")
+            words >> vertices.emplace_back()[0] >> vertices.back()[1] >> vertices.back()[2];
+        if (key == "map_Kd" && words >> value)
+            images.insert(std::filesystem::path(value).filename());
+        if (key == "f") {
+            for (Position& corner : triangles.emplace_back()) {
+                words >> value;  // "vertex/texture/normal", 1-based
+                corner = vertices.at(std::stoul(value) - 1);
+            }
+        }
+    }
+    for (const char* face : {"_p1_", "_p2_", "_p3_", "_p4_"})
+        EXPECT_NE(objects.find(face), std::string::npos) << face << " in " << objects;
+    EXPECT_EQ(images, (std::set<std::string>{"roof.tga", "wall.tga"}));
+    // The triangles in the file's frame, where y and z are exchanged.
+    ASSERT_EQ(triangles.size(), model.drawn.size());
+    for (std::size_t i = 0; i < model.drawn.size(); ++i) {
+        for (std::size_t k = 0; k < 3; ++k) {
+            const auto& v = model.vertices.at(static_cast<std::size_t>(model.drawn[i][k]));
+            const Position want{v.x, v.z, v.y};
+            for (std::size_t axis = 0; axis < 3; ++axis)
+                EXPECT_NEAR(triangles[i][k][axis], want[axis], 1e-5) << i << "," << k;
+        }
+    }
 }
