@@ -1,4 +1,6 @@
+#include <velmora/BGLObject.h>
 #include <velmora/Host.h>
+#include <velmora/KeyedCollection.h>
 #include <velmora/MDLObject.h>
 #include <velmora/color.h>
 
@@ -89,7 +91,7 @@ TEST(ModelRoundTrip, EverySectionAndEveryOpcodeLoadAndSaveBackByteForByte) {
     EXPECT_EQ(texture->size(), 4.5f);
     EXPECT_EQ(hex(texture->color()->packedColor()), "FF 11 01 80");
     EXPECT_EQ(model.VertexList()->Item(3)->ty(), 23.0f - 3.5f);
-    // The commands' parameters and jump destinations: ExportASMTest lists this stream.
+    // The commands' parameters and jump destinations: the listing test in ExportTest shows them.
 
     model.saveMDL(path);
     EXPECT_EQ(hex(readFile(path)), hex(completeModel(stream.bytes())));
@@ -207,14 +209,10 @@ TEST(ModelLists, EmptyListsAndTheirCanonicalBytes) {
     // the data: read fine, written back canonical, the missing entries as zeros.
     textures.fillCollection(le16(183) + le16(2) + le32(77) + le32(2) + le32(-1) + le32(1234) +
                             f32(0) + std::string("ab\0cd", 5) + std::string(59, '\0'));
-    ASSERT_EQ(textures.Count(), 2);
-    EXPECT_EQ(textures.Item(1)->bitmap(), "abcd");
-    EXPECT_EQ(textures.Item(2)->bitmap(), "");
     EXPECT_EQ(textures.findTextureIndex(0, 0), 1);
-    const std::string saved = textures.asString();
-    EXPECT_EQ(saved.size(), 80u * 2 + 10);
-    EXPECT_EQ(saved.substr(4, 4) + saved.substr(16, 4), le32(0) + le32(0));
-    EXPECT_EQ(saved.substr(saved.size() - 2), le16(34));
+    EXPECT_EQ(hex(textures.asString()),
+              hex(le16(183) + le16(2) + le32(0) + le32(2) + le32(-1) + le32(0) + f32(0) + "abcd" +
+                  std::string(60 + 80, '\0') + le16(34)));
 
     // Counts are signed but for vertices (MemoryBoundTest reads 65,535 of them).
     materials.readList(le16(182) + le16(-3) + le32(0));
@@ -243,4 +241,100 @@ TEST(ModelLists, ColourBytesRoundHalvesToEvenAndPackAsFFBlueGreenRed) {
     textures.Item(1)->color()->r(0);
     textures.Item(1)->bitmap(std::string(64, 'x'));  // exactly 64 characters: no NUL
     EXPECT_EQ(textures.asString().substr(24, 64), std::string(64, 'x'));
+}
+
+// Keys without regard to case and adding in front of a position are also FixLightsTest's.
+TEST(KeyedCollection, AddsInFrontOfKeysRemovesByKeyAndRefusesWhatItLacks) {
+    KeyedCollection<int> list;
+    const auto values = [&] {
+        std::string out;
+        for (const auto& element : list)
+            out += std::to_string(*element);
+        return out;
+    };
+    list.Add(std::make_shared<int>(2), "", "");
+    list.Add(std::make_shared<int>(3), "Three", "");
+    list.Add(std::make_shared<int>(8), "", "THREE");  // in front of a key
+    EXPECT_EQ(values(), "283");
+    list.Remove("tHREE");
+    list.Add(std::make_shared<int>(4), "three", "");  // a removed key can be used again
+    EXPECT_EQ(values(), "284");
+    // Errors leave the list as it was.
+    EXPECT_TRUE(throwsPlatform([&] { list.Item(0); }, 9));
+    EXPECT_TRUE(throwsPlatform([&] { list.Remove(4); }, 9));
+    EXPECT_TRUE(throwsPlatform([&] { list.Add(nullptr, "", 5); }, 9));
+    EXPECT_TRUE(throwsPlatform([&] { list.Item("missing"); }, 5));
+    EXPECT_TRUE(throwsPlatform([&] { list.Add(nullptr, "", "nokey"); }, 5));
+    EXPECT_EQ(values(), "284");
+}
+
+namespace {
+
+// A small model, told apart by its texture and its number of vertices.
+std::string model(int number) {
+    modelbytes::Model m;
+    m.textures = {"model" + std::to_string(number) + ".bmp"};
+    m.vertices.resize(static_cast<std::size_t>(3 + number));
+    m.commands = modelbytes::bglEnd();
+    return m.bytes();
+}
+
+// A scan test: the scratch folder is a fresh one, and after the test neither it nor the folder
+// of the compiled files holds anything the scan made. The damaged files are BadInputTest's.
+class Scan : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        previous_ = applicationFolder();
+        setApplicationFolder(application_.path());
+    }
+    void TearDown() override {
+        EXPECT_EQ(application_.listing(), "");
+        EXPECT_EQ(files_.listing(), written_);
+        setApplicationFolder(previous_);
+    }
+    // Writes a compiled file beside the others; names are given in sorted order.
+    std::string write(const std::string& name, const std::string& bytes) {
+        writeFile(files_.file(name), bytes);
+        written_ += (written_.empty() ? "" : " ") + name;
+        return files_.file(name);
+    }
+
+    TempDir files_, application_;
+    std::string previous_, written_;
+};
+
+}  // namespace
+
+TEST_F(Scan, TwoSubsectionsOfTwoModelsGiveFourModelsThatSaveToTheirBytes) {
+    // The airport section's "model" is never read: only mdl sections are.
+    const std::string path =
+        write("a.bgl", compiledFile({{airport, {{"not a model"}}},
+                                     {mdl, {{model(1), model(2)}, {model(3), model(4)}}}}));
+    BGLObject scan;
+    EXPECT_TRUE(scan.isXMLBGL(path));
+    scan.readXMLBGL(path);
+    ASSERT_EQ(scan.ModelList()->Count(), 4);
+    for (int i = 1; i <= 4; ++i) {
+        scan.ModelList()->Item(i)->saveMDL(files_.file("saved.mdl"));
+        EXPECT_EQ(hex(readFile(files_.file("saved.mdl"))), hex(model(i))) << "model " << i;
+    }
+    written_ = "a.bgl saved.mdl";
+}
+
+TEST_F(Scan, FilesWithoutModels) {
+    // No section; too short to hold a count (read as 0); a section without subsections.
+    char name = 'a';
+    for (const std::string& bytes :
+         {compiledFile({}), bytes({0x01, 0x02, 0x07}), compiledFile({{mdl, {}}})}) {
+        const std::string path = write(std::string(1, name++) + ".bgl", bytes);
+        BGLObject scan;
+        EXPECT_TRUE(scan.isXMLBGL(path));
+        scan.readXMLBGL(path);
+        EXPECT_EQ(scan.ModelList()->Count(), 0);
+    }
+    BGLObject scan;
+    EXPECT_FALSE(scan.isXMLBGL(write("e.bgl", compiledFile({}, nullptr, bytes({0x02, 0x01})))));
+    scan.readXMLBGL(files_.file("missing.bgl"));  // a missing file does nothing
+    EXPECT_FALSE(scan.isXMLBGL(files_.file("missing.bgl")));
+    EXPECT_EQ(scan.ModelList()->Count(), 0);
 }

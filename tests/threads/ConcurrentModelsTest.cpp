@@ -13,8 +13,9 @@ using namespace testbytes;
 
 namespace {
 
-// A model with a guarded call, a triangle list, a light behind a test and a texture.
-std::string modelBytes(int variant) {
+// Loads a model with a guarded call, a triangle list, a light behind a test and a texture, edits
+// it, saves it and gives the saved bytes.
+std::string editAndSave(int variant, const std::string& path) {
     modelbytes::Model m;
     m.materials = {{{0.5f, 0.5f, 0.5f, 0.5f}}};
     m.textures = {"wall.bmp"};
@@ -25,13 +26,8 @@ std::string modelBytes(int variant) {
     m.commands = le16(138) + le32(8) + le16(189) +  // BGL_CALL_32 to the material, BGL_END
                  modelbytes::setMaterial(0, 0) + modelbytes::triangleList(0, {{0, 1, 2}}) +
                  le16(57) + le16(8 + 44) + le16(100) + le16(1) + light + le16(34);  // IFMSK
-    return m.bytes();
-}
-
-// Loads, edits and saves one model, and gives the saved bytes.
-std::string editAndSave(const std::string& bytes, const std::string& path, int variant) {
     velmora::MDLObject model;
-    model.readMDLBytes(bytes);
+    model.readMDLBytes(m.bytes());
     auto& commands = *model.BGLCommandList();
     auto conditions = commands.getConditions(-1);
     auto test = conditions->Add();
@@ -59,14 +55,14 @@ TEST(ConcurrentModels, TwoThreadsGiveTheSameBytesAsOneAfterTheOther) {
     const int kRounds = 20;
     std::vector<std::string> sequential(2);
     for (int t = 0; t < 2; ++t)
-        sequential[t] = editAndSave(modelBytes(t), dir.file("seq" + std::to_string(t)), t);
+        sequential[t] = editAndSave(t, dir.file("seq" + std::to_string(t)));
 
     std::vector<std::string> concurrent(2);
     std::vector<std::thread> threads;
     for (int t = 0; t < 2; ++t) {
         threads.emplace_back([&, t] {
             for (int round = 0; round < kRounds; ++round) {
-                concurrent[t] = editAndSave(modelBytes(t), dir.file("par" + std::to_string(t)), t);
+                concurrent[t] = editAndSave(t, dir.file("par" + std::to_string(t)));
             }
         });
     }
@@ -75,17 +71,4 @@ TEST(ConcurrentModels, TwoThreadsGiveTheSameBytesAsOneAfterTheOther) {
     EXPECT_EQ(concurrent[0], sequential[0]);
     EXPECT_EQ(concurrent[1], sequential[1]);
     EXPECT_NE(sequential[0], sequential[1]);
-
-    // An edited model reads back to its edits and saves to the same bytes again: a jump offset
-    // that missed the first byte of its command would be written anew.
-    velmora::MDLObject again;
-    again.readMDLBytes(sequential[1]);
-    const auto conditions = again.BGLCommandList()->getConditions(-1);
-    ASSERT_EQ(conditions->Count(), 1);
-    EXPECT_EQ(conditions->Item(1)->var() + " " + std::to_string(conditions->Item(1)->min()),
-              "798 1");
-    EXPECT_EQ(again.getRIFFSectionSize(5), 12) << "the kill shadow";
-    again.fixLights();
-    again.saveMDL(dir.file("again"));
-    EXPECT_EQ(readFile(dir.file("again")), sequential[1]);
 }
