@@ -17,8 +17,7 @@ std::size_t peakDuring(const std::function<void()>& action);
 namespace {
 
 using namespace testbytes;
-using velmora::mdl;
-using velmora::NDB;
+using namespace velmora;
 
 struct DamagedFile {
     const char* what;

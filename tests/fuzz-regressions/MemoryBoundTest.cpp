@@ -83,22 +83,6 @@ using namespace testbytes;
 using namespace velmora;
 using bgltest::command;
 
-namespace {
-
-// A loaded empty model whose list holds `fillers` harmless commands, then the given tail.
-std::shared_ptr<MDLObject> longModel(int fillers,
-                                     std::initializer_list<std::shared_ptr<BGLCommand>> tail) {
-    auto model = std::make_shared<MDLObject>();
-    model->readMDLBytes(testbytes::riff(""));
-    for (int i = 0; i < fillers; ++i)
-        model->BGLCommandList()->Add(command(SETWRD, {"1", "2"}));
-    for (const auto& c : tail)
-        model->BGLCommandList()->Add(c);
-    return model;
-}
-
-}  // namespace
-
 // A 16-bit count reads the entries beyond the data as zeros: bounded by 65,535, whatever the
 // file, in a load, a save and a decode.
 TEST(MemoryBound, SixteenBitCountsCostAtMostTheirBoundedEntries) {
@@ -135,6 +119,17 @@ TEST(MemoryBound, SixteenBitCountsCostAtMostTheirBoundedEntries) {
 // beyond position 32,767. The counts written in 16 bits: 65,535 vertices (unsigned: the test
 // above saves that many) and 32,767 commands; a failed save leaves the old file.
 TEST(SixteenBitOverflow, LongListsEndInError6) {
+    // A loaded empty model whose list holds `fillers` harmless commands, then the given tail.
+    const auto longModel = [](int fillers,
+                              std::initializer_list<std::shared_ptr<BGLCommand>> tail) {
+        auto model = std::make_shared<MDLObject>();
+        model->readMDLBytes(riff(""));
+        for (int i = 0; i < fillers; ++i)
+            model->BGLCommandList()->Add(command(SETWRD, {"1", "2"}));
+        for (const auto& c : tail)
+            model->BGLCommandList()->Add(c);
+        return model;
+    };
     EXPECT_EQ(
         longModel(32766, {command(BGL_CALL_32)})->BGLCommandList()->getConditions(-1)->commandEnd(),
         32767);

@@ -86,13 +86,10 @@ inline std::string compiledFile(const std::vector<CompiledSection>& sections,
 
 // Hex dump "B8 00 02 00" for readable failure messages.
 inline std::string hex(const std::string& data) {
-    static const char* digits = "0123456789ABCDEF";
     std::string out;
-    for (unsigned char c : data) {
-        if (!out.empty()) out.push_back(' ');
-        out.push_back(digits[c >> 4]);
-        out.push_back(digits[c & 15]);
-    }
+    for (unsigned char c : data)
+        out += (out.empty() ? "" : " ") + std::string{"0123456789ABCDEF"[c >> 4]} +
+               "0123456789ABCDEF"[c & 15];
     return out;
 }
 

@@ -34,12 +34,8 @@ inline std::string triangleList(int base, const std::vector<std::array<int, 3>>&
         out += le16(t[0]) + le16(t[1]) + le16(t[2]);
     return out;
 }
-inline std::string zBias(int value) {
-    return le16(0xAC) + le16(value);
-}
-inline std::string bglEnd() {
-    return le16(0xBD);
-}
+inline const auto zBias = [](int value) { return le16(0xAC) + le16(value); };
+inline const auto bglEnd = [] { return le16(0xBD); };
 
 // A model: "MDLH" and "BBOX", then "EXTE" holding "TEXT", "MATE", "VERT" and "BGL ".
 struct Model {

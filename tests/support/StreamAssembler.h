@@ -40,9 +40,8 @@ struct Op {
 
 class StreamAssembler {
   public:
-    int add(int opcode, std::vector<Field> fields = {}) {
+    void add(int opcode, std::vector<Field> fields = {}) {
         ops.push_back({opcode, std::move(fields)});
-        return size() - 1;
     }
     int size() const { return static_cast<int>(ops.size()); }
 

@@ -52,7 +52,6 @@ std::string editAndSave(int variant, const std::string& path) {
 // other: nothing of a load or a save is shared between threads.
 TEST(ConcurrentModels, TwoThreadsGiveTheSameBytesAsOneAfterTheOther) {
     TempDir dir;
-    const int kRounds = 20;
     std::vector<std::string> sequential(2);
     for (int t = 0; t < 2; ++t)
         sequential[t] = editAndSave(t, dir.file("seq" + std::to_string(t)));
@@ -61,7 +60,7 @@ TEST(ConcurrentModels, TwoThreadsGiveTheSameBytesAsOneAfterTheOther) {
     std::vector<std::thread> threads;
     for (int t = 0; t < 2; ++t) {
         threads.emplace_back([&, t] {
-            for (int round = 0; round < kRounds; ++round) {
+            for (int round = 0; round < 20; ++round) {
                 concurrent[t] = editAndSave(t, dir.file("par" + std::to_string(t)));
             }
         });
