@@ -292,9 +292,10 @@ TEST(Jumps, ResolutionAgreesWithTheStepByStepWalk) {
             ++jumps;
             // The walk: from the command in front, command after command until the offset is
             // passed, each command's bytes counted from its end.
+            const int64_t offset = a.valueOf(n - 1, p);
             int64_t bytes = -2;
             int j = n - 1;
-            while (bytes < a.valueOf(n - 1, p)) {
+            while (bytes < offset) {
                 ++j;
                 bytes +=
                     at.at(static_cast<std::size_t>(j)) - at.at(static_cast<std::size_t>(j - 1));
