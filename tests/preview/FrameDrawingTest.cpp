@@ -154,7 +154,6 @@ class Preview : public ::testing::Test {
 TEST_F(Preview, ShowsThePlateCentredAndFollowsTheView) {
     MDLObject model;
     model.readMDLBytes(plateModel());
-    EXPECT_FALSE(model.Loaded());
     model.TextureList()->Item(1)->file(texturePath_);
     int yields = 0;
     setYieldHook([&] { ++yields; });
