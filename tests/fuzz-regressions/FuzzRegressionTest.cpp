@@ -5,13 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <functional>
-#include <map>
 
 // Every file in tests/fuzz-regressions/<harness>/ once made that fuzzer crash, hang or run out
 // of memory; each must now end in a model or an error.
 TEST(FuzzRegressions, EveryKeptInputRunsCleanly) {
-    const std::map<std::string, std::function<void(const uint8_t*, std::size_t)>> harnesses = {
+    const std::pair<const char*, void (*)(const uint8_t*, std::size_t)> harnesses[] = {
         {"loadModel", fuzzing::loadModel},
         {"decodeStream", fuzzing::decodeStream},
         {"editChain", fuzzing::editChain},
@@ -19,7 +17,7 @@ TEST(FuzzRegressions, EveryKeptInputRunsCleanly) {
     };
     int replayed = 0;
     for (const auto& [name, harness] : harnesses) {
-        const std::filesystem::path folder = std::filesystem::path(VELMORA_FUZZ_REGRESSIONS) / name;
+        const auto folder = std::filesystem::path(VELMORA_FUZZ_REGRESSIONS) / name;
         if (!std::filesystem::is_directory(folder)) continue;
         for (const auto& entry : std::filesystem::directory_iterator(folder)) {
             const std::string bytes = readFile(entry.path().string());
@@ -28,5 +26,5 @@ TEST(FuzzRegressions, EveryKeptInputRunsCleanly) {
             ++replayed;
         }
     }
-    RecordProperty("replayed", replayed);
+    EXPECT_GT(replayed, 0);
 }

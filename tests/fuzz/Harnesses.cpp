@@ -28,14 +28,6 @@ std::string scratchPath(const char* name) {
         .string();
 }
 
-// An empty scratch folder of this process, for saves and exports.
-std::string scratchFolder() {
-    const std::string folder = scratchPath("files");
-    std::filesystem::remove_all(folder);
-    std::filesystem::create_directories(folder);
-    return folder;
-}
-
 std::string readWhole(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
@@ -135,13 +127,11 @@ void editChain(const uint8_t* data, std::size_t size) {
     });
     run([&] { model.fixLights(); });
     run([&] { model.updateTextureSize(); });
-    run([&] {
-        if (choice & 64)
-            model.removeKillShadow();
-        else
-            model.addKillShadow();
-    });
-    const std::string folder = scratchFolder();
+    run([&] { choice & 64 ? model.removeKillShadow() : model.addKillShadow(); });
+    // An empty scratch folder of this process, for saves and exports.
+    const std::string folder = scratchPath("files");
+    std::filesystem::remove_all(folder);
+    std::filesystem::create_directories(folder);
     run([&] {
         // A saved model loads again and saves to the same bytes.
         const std::string first = folder + "/first.mdl";
@@ -164,10 +154,8 @@ void editChain(const uint8_t* data, std::size_t size) {
 
 void scanCompiledScenery(const uint8_t* data, std::size_t size) {
     const std::string path = scratchPath("scenery.bgl");
-    if (FILE* file = std::fopen(path.c_str(), "wb")) {
-        std::fwrite(data, 1, size, file);
-        std::fclose(file);
-    }
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
     velmora::BGLObject bgl;
     try {
         if (bgl.isXMLBGL(path)) bgl.readXMLBGL(path);

@@ -8,8 +8,10 @@
 #include "support/TempDir.h"
 
 #include <FreeImage.h>
+#include <GL/gl.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <memory>
 #include <string>
 #include <vector>
@@ -20,6 +22,67 @@ using namespace modelbytes;
 namespace {
 
 constexpr int kSize = 256;
+
+using Rgb = std::array<uint8_t, 3>;
+
+// Writes an image with FreeImage and gives its pixels as RGB from the top row: 24 bits of a
+// gradient, or 8 bits of palette indices, the palette giving index i the colour (i, i/2, 255-i).
+std::vector<Rgb> writeImage(const std::string& path, FREE_IMAGE_FORMAT format, int width,
+                            int height, int bits) {
+    FIBITMAP* bitmap = FreeImage_Allocate(width, height, bits);
+    RGBQUAD* palette = FreeImage_GetPalette(bitmap);
+    for (int i = 0; palette && i < 256; ++i)
+        palette[i] = {static_cast<BYTE>(255 - i), static_cast<BYTE>(i / 2), static_cast<BYTE>(i),
+                      0};
+    std::vector<Rgb> pixels;
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            const auto column = static_cast<unsigned>(x),
+                       row = static_cast<unsigned>(height - 1 - y);
+            BYTE i = static_cast<BYTE>(x * 5 + y * 3);
+            RGBQUAD c{static_cast<BYTE>((x + y) * 3), static_cast<BYTE>(y * 11),
+                      static_cast<BYTE>(x * 7), 255};
+            if (bits == 8) FreeImage_SetPixelIndex(bitmap, column, row, &i);
+            if (bits != 8) FreeImage_SetPixelColor(bitmap, column, row, &c);
+            pixels.push_back(
+                bits == 8 ? Rgb{i, static_cast<uint8_t>(i / 2), static_cast<uint8_t>(255 - i)}
+                          : Rgb{c.rgbRed, c.rgbGreen, c.rgbBlue});
+        }
+    }
+    EXPECT_TRUE(FreeImage_Save(format, bitmap, path.c_str(), 0));
+    FreeImage_Unload(bitmap);
+    return pixels;
+}
+
+// The texture as OpenGL holds it, read back as BGR rows from the bottom, each padded to 4 bytes,
+// and given as its width, height and RGB texels from the top row.
+std::vector<int> readTexture(int32_t name, std::vector<Rgb>& texels) {
+    GLint width = 0, height = 0;
+    glBindTexture(GL_TEXTURE_2D, static_cast<GLuint>(name));
+    glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_WIDTH, &width);
+    glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_HEIGHT, &height);
+    const int row = (width * 3 + 3) / 4 * 4;
+    std::vector<uint8_t> bgr(static_cast<std::size_t>(row * height));
+    glGetTexImage(GL_TEXTURE_2D, 0, GL_BGR, GL_UNSIGNED_BYTE, bgr.data());
+    for (int y = height - 1; y >= 0; --y) {
+        for (int x = 0; x < width; ++x) {
+            const uint8_t* p = &bgr[static_cast<std::size_t>(row * y + 3 * x)];
+            texels.push_back({p[2], p[1], p[0]});
+        }
+    }
+    return {width, height};
+}
+
+// A DXT1 file of 8 x 8 pixels written by hand: the 128-byte head, then four 8-byte blocks,
+// each of one colour (colour 0 in RGB 565 with every index 0).
+std::string dxt1File(const std::array<uint16_t, 4>& blockColours) {
+    std::string file = "DDS " + le32(124) + le32(0x1 | 0x2 | 0x4 | 0x1000 | 0x80000) + le32(8) +
+                       le32(8) + le32(4 * 8) + std::string(13 * 4, '\0') + le32(32) + le32(0x4) +
+                       "DXT1" + std::string(5 * 4, '\0') + le32(0x1000) + std::string(4 * 4, '\0');
+    for (uint16_t c : blockColours)
+        file += le16(c) + le16(0) + le32(0);
+    return file;
+}
 
 // A flat 2 x 1 plate in the model's x-z plane at x 2..4, y 0.5, z 1..2, facing up its y axis:
 // the left half in a red material, the right half textured. Seen from above, it is wider than
@@ -40,101 +103,57 @@ std::string plateModel(std::vector<std::string> textures = {"plate.bmp"}) {
     return m.bytes();
 }
 
-struct Pixel {
-    int r, g, b;
-    bool white() const { return r == 255 && g == 255 && b == 255; }
-};
-
+// A frame's RGB pixels, rows from the top, and the extent of its drawn (non-white) part.
 struct Frame {
     std::vector<uint8_t> rgb;
-    Pixel at(int x, int y) const {
-        const std::size_t i = (static_cast<std::size_t>(y) * kSize + x) * 3;
-        return {rgb[i], rgb[i + 1], rgb[i + 2]};
-    }
-    // The drawn (non-white) part: its size and its extent.
-    int drawn = 0;
     int left = kSize, right = -1, top = kSize, bottom = -1;
-    double centreX = 0;
-    double centreY = 0;
+
+    explicit Frame(std::vector<uint8_t> pixels) : rgb(std::move(pixels)) {
+        for (int y = 0; y < kSize; ++y) {
+            for (int x = 0; x < kSize; ++x) {
+                if (at(x, y)[0] + at(x, y)[1] + at(x, y)[2] == 3 * 255) continue;
+                left = std::min(left, x);
+                right = std::max(right, x);
+                top = std::min(top, y);
+                bottom = std::max(bottom, y);
+            }
+        }
+    }
+    const uint8_t* at(int x, int y) const {
+        return &rgb[(static_cast<std::size_t>(y) * kSize + x) * 3];
+    }
+    int width() const { return right - left + 1; }
+    int height() const { return bottom - top + 1; }
+    double centreX() const { return (left + right) / 2.0; }
+    double centreY() const { return (top + bottom) / 2.0; }
 };
 
-Frame measure(std::vector<uint8_t> rgb) {
-    Frame f{std::move(rgb)};
-    for (int y = 0; y < kSize; ++y) {
-        for (int x = 0; x < kSize; ++x) {
-            if (f.at(x, y).white()) continue;
-            ++f.drawn;
-            f.left = std::min(f.left, x);
-            f.right = std::max(f.right, x);
-            f.top = std::min(f.top, y);
-            f.bottom = std::max(f.bottom, y);
-            f.centreX += x;
-            f.centreY += y;
-        }
-    }
-    if (f.drawn > 0) {
-        f.centreX /= f.drawn;
-        f.centreY /= f.drawn;
-    }
-    return f;
-}
-
-void writeSolidBMP(const std::string& path, BYTE r, BYTE g, BYTE b) {
-    FIBITMAP* bitmap = FreeImage_Allocate(8, 8, 24);
-    RGBQUAD colour{b, g, r, 0};
-    FreeImage_FillBackground(bitmap, &colour, 0);
-    ASSERT_TRUE(FreeImage_Save(FIF_BMP, bitmap, path.c_str(), 0));
-    FreeImage_Unload(bitmap);
-}
-
-// A PNG file's pixels as RGB, rows from top to bottom.
-std::vector<uint8_t> pngPixels(const std::string& path) {
-    FIBITMAP* loaded = FreeImage_Load(FIF_PNG, path.c_str(), 0);
-    FIBITMAP* bitmap = FreeImage_ConvertTo24Bits(loaded);
-    const int width = static_cast<int>(FreeImage_GetWidth(bitmap));
-    const int height = static_cast<int>(FreeImage_GetHeight(bitmap));
-    std::vector<uint8_t> rgb;
-    for (int y = height - 1; y >= 0; --y) {
-        const BYTE* row = FreeImage_GetScanLine(bitmap, y);
-        for (int x = 0; x < width; ++x) {
-            rgb.push_back(row[3 * x + FI_RGBA_RED]);
-            rgb.push_back(row[3 * x + FI_RGBA_GREEN]);
-            rgb.push_back(row[3 * x + FI_RGBA_BLUE]);
-        }
-    }
-    FreeImage_Unload(bitmap);
-    FreeImage_Unload(loaded);
-    return rgb;
-}
-
-class FrameDrawing : public ::testing::Test {
+class Preview : public ::testing::Test {
   protected:
     void SetUp() override {
         surface_ = createPreviewSurface(kSize, kSize);
         preview_->initOpenGL(surface_);
-        texturePath_ = dir_.file("green.bmp");
-        writeSolidBMP(texturePath_, 0, 255, 0);
+        writeFile(texturePath_, dxt1File({0x07E0, 0x07E0, 0x07E0, 0x07E0}));  // green
     }
     void TearDown() override { destroyPreviewSurface(surface_); }
 
     Frame draw(MDLObject& model, float heading, float pitch, float panX, float panY, float zoom) {
-        const float twips = kSize * TwipsPerPixelX();
-        model.glDrawMDL(heading, pitch, panX, panY, twips, twips, surface_, zoom);
-        return measure(previewSurfacePixels(surface_));
+        model.glDrawMDL(heading, pitch, panX, panY, twips_, twips_, surface_, zoom);
+        return Frame(previewSurfacePixels(surface_));
     }
 
     TempDir dir_;
     int32_t surface_ = 0;
     std::shared_ptr<OpenGLPreviewObject> preview_ = std::make_shared<OpenGLPreviewObject>();
-    std::string texturePath_;
+    const std::string texturePath_ = dir_.file("green.dds");
+    const float twips_ = kSize * TwipsPerPixelX();
 };
 
 }  // namespace
 
-TEST_F(FrameDrawing, ShowsThePlateCentredAndFollowsTheView) {
+TEST_F(Preview, ShowsThePlateCentredAndFollowsTheView) {
     MDLObject model;
     model.readMDLBytes(plateModel());
-    EXPECT_FALSE(model.Loaded());
     model.TextureList()->Item(1)->file(texturePath_);
     int yields = 0;
     setYieldHook([&] { ++yields; });
@@ -144,56 +163,104 @@ TEST_F(FrameDrawing, ShowsThePlateCentredAndFollowsTheView) {
     EXPECT_EQ(yields, 2 + 1 + 9);
     EXPECT_TRUE(model.Loaded());
     EXPECT_EQ(model.LoadingStatus(), generatingDrawList);
-    EXPECT_NE(model.TextureList()->Item(1)->glPointer(), 0);
-    EXPECT_NE(model.drawListId(), 0);
 
     const Frame base = draw(model, 0, 0, 0, 0, 100);
-    savePreviewSurfacePNG(surface_, testOutputFolder() + "/preview-plate.png");
     // Seen down its y axis, the plate is 2 x 1 units; at the base distance the view reaches
     // sqrt(5)/2 units from the centre to the edge, so a unit is 114.5 pixels.
-    EXPECT_NEAR(base.centreX, 127.5, 1.5);
-    EXPECT_NEAR(base.centreY, 127.5, 1.5);
-    EXPECT_NEAR(base.right - base.left + 1, 229, 3);
-    EXPECT_NEAR(base.bottom - base.top + 1, 115, 3);
+    EXPECT_NEAR(base.centreX(), 127.5, 1.5);
+    EXPECT_NEAR(base.centreY(), 127.5, 1.5);
+    EXPECT_NEAR(base.width(), 229, 3);
+    EXPECT_NEAR(base.height(), 115, 3);
     // Left half lit red, right half showing its texture's green.
-    const Pixel red = base.at(70, 128);
-    EXPECT_GT(red.r, 200);
-    EXPECT_LT(red.g + red.b, 40);
-    const Pixel green = base.at(186, 128);
-    EXPECT_NEAR(green.r, 0, 3);
-    EXPECT_NEAR(green.g, 255, 3);
-    EXPECT_NEAR(green.b, 0, 3);
+    const uint8_t* red = base.at(70, 128);
+    EXPECT_GT(red[0], 200);
+    EXPECT_LT(red[1] + red[2], 40);
+    const uint8_t* green = base.at(186, 128);
+    EXPECT_NEAR(green[0], 0, 3);
+    EXPECT_NEAR(green[1], 255, 3);
+    EXPECT_NEAR(green[2], 0, 3);
 
     // Panning along the model's x moves it right by half a unit, 57 pixels.
-    const Frame panned = draw(model, 0, 0, 0.5f, 0, 100);
-    EXPECT_NEAR(panned.left - base.left, 57, 3);
+    EXPECT_NEAR(draw(model, 0, 0, 0.5f, 0, 100).left - base.left, 57, 3);
     // Panning along the model's z moves it up the screen.
-    const Frame raised = draw(model, 0, 0, 0, 0.25f, 100);
-    EXPECT_NEAR(base.top - raised.top, 29, 3);
+    EXPECT_NEAR(base.top - draw(model, 0, 0, 0, 0.25f, 100).top, 29, 3);
     // Zoom 200 halves the distance: the plate doubles in size.
     const Frame near = draw(model, 0, 0, 0, 0, 200);
-    EXPECT_NEAR(near.bottom - near.top + 1, 229, 3);
-    EXPECT_GT(near.drawn, 2 * base.drawn);  // clipped at the sides
+    EXPECT_NEAR(near.height(), 229, 3);
+    EXPECT_EQ(near.width(), kSize);  // clipped at the sides
     // A quarter turn of heading stands the plate upright on the screen.
     const Frame turned = draw(model, 90, 0, 0, 0, 100);
-    EXPECT_NEAR(turned.right - turned.left + 1, 115, 3);
-    EXPECT_NEAR(turned.bottom - turned.top + 1, 229, 3);
-    EXPECT_NEAR(turned.centreY, 127.5, 1.5);
+    EXPECT_NEAR(turned.width(), 115, 3);
+    EXPECT_NEAR(turned.height(), 229, 3);
+    EXPECT_NEAR(turned.centreY(), 127.5, 1.5);
+
     // Red at one end and green at the other: the PNG keeps the surface's rows in their order.
-    EXPECT_NE(turned.at(128, 70).g, turned.at(128, 186).g);
-    const std::string png = dir_.file("turned.png");
+    EXPECT_NE(turned.at(128, 70)[1], turned.at(128, 186)[1]);
+    const std::string png = testOutputFolder() + "/preview-plate.png";
     savePreviewSurfacePNG(surface_, png);
-    EXPECT_EQ(pngPixels(png), turned.rgb);
+    FIBITMAP* saved = FreeImage_Load(FIF_PNG, png.c_str(), 0);
+    ASSERT_NE(saved, nullptr);
+    std::vector<uint8_t> bgr(turned.rgb.size());
+    FreeImage_ConvertToRawBits(bgr.data(), saved, 3 * kSize, 24, FI_RGBA_RED_MASK,
+                               FI_RGBA_GREEN_MASK, FI_RGBA_BLUE_MASK, TRUE);  // rows from the top
+    FreeImage_Unload(saved);
+    for (std::size_t i = 0; i < bgr.size(); i += 3)
+        std::swap(bgr[i], bgr[i + 2]);
+    EXPECT_EQ(bgr, turned.rgb);
 
     // A zoom or a height of 0 raises error 11 and leaves the last frame as it was.
-    const float twips = kSize * TwipsPerPixelX();
-    EXPECT_TRUE(
-        throwsPlatform([&] { model.glDrawMDL(0, 0, 0, 0, twips, twips, surface_, 0); }, 11));
-    EXPECT_TRUE(throwsPlatform([&] { model.glDrawMDL(0, 0, 0, 0, twips, 0, surface_, 100); }, 11));
+    EXPECT_TRUE(throwsPlatform([&] { draw(model, 0, 0, 0, 0, 0); }, 11));
+    EXPECT_TRUE(throwsPlatform([&] { model.glDrawMDL(0, 0, 0, 0, twips_, 0, surface_, 100); }, 11));
     EXPECT_EQ(previewSurfacePixels(surface_), turned.rgb);
 }
 
-TEST_F(FrameDrawing, AnUnreadableTextureStopsThePreparation) {
+TEST_F(Preview, ImagesLoadBottomUpAsBGRWithTheirRowPadding) {
+    // 5 pixels a row are 15 bytes: each row carries fill bytes that must not shift the next;
+    // an 8-bit image resolves its palette, its size taken from the bitmap header.
+    struct Case {
+        const char* name;
+        FREE_IMAGE_FORMAT format;
+        int width, height, bits;
+    };
+    for (const Case& c :
+         {Case{"even.bmp", FIF_BMP, 8, 6, 24}, Case{"odd.bmp", FIF_BMP, 5, 3, 24},
+          Case{"odd.png", FIF_PNG, 7, 5, 24}, Case{"palette.bmp", FIF_BMP, 13, 7, 8}}) {
+        SCOPED_TRACE(c.name);
+        const std::string path = dir_.file(c.name);
+        const std::vector<Rgb> expected = writeImage(path, c.format, c.width, c.height, c.bits);
+        std::vector<Rgb> texels;
+        EXPECT_EQ(readTexture(preview_->loadTexture(path), texels),
+                  (std::vector<int>{c.width, c.height}));
+        EXPECT_EQ(texels, expected);
+    }
+    EXPECT_EQ(preview_->loadTexture(""), 0) << "no file, no texture";
+
+    // A DXT1 file of red, green, blue and white blocks: top-left, top-right, bottom-left,
+    // bottom-right.
+    const std::string dds = dir_.file("blocks.dds");
+    writeFile(dds, dxt1File({0xF800, 0x07E0, 0x001F, 0xFFFF}));
+    std::vector<Rgb> texels;
+    ASSERT_EQ(readTexture(preview_->loadTexture(dds), texels), (std::vector<int>{8, 8}));
+    EXPECT_EQ(texels[1 * 8 + 1], (Rgb{255, 0, 0}));
+    EXPECT_EQ(texels[2 * 8 + 6], (Rgb{0, 255, 0}));
+    EXPECT_EQ(texels[6 * 8 + 2], (Rgb{0, 0, 255}));
+    EXPECT_EQ(texels[7 * 8 + 7], (Rgb{255, 255, 255}));
+}
+
+TEST_F(Preview, FailuresLeaveThePreviewAsItWas) {
+    // Unreadable textures fail with their path and leave nothing behind.
+    const std::string garbage = dir_.file("garbage.bmp");
+    writeFile(garbage, "this is no image at all");
+    const std::string truncated = dir_.file("truncated.dds");
+    writeFile(truncated, dxt1File({0, 0, 0, 0}).substr(0, 60));
+    for (const std::string& path : {dir_.file("missing.png"), garbage, truncated, dir_.path()}) {
+        EXPECT_TRUE(throwsError([&] { preview_->loadTexture(path); }, 100,
+                                "Velmora.OpenGLPreviewObject",
+                                "Loading Texture File: '" + path + "' Failed!"));
+    }
+    EXPECT_EQ(dir_.listing(), "garbage.bmp green.dds truncated.dds");
+
+    // The preparation stops at the first; the textures before it keep their names.
     MDLObject model;
     model.readMDLBytes(plateModel({"a.bmp", "b.bmp", "c.bmp"}));
     const std::string missing = dir_.file("missing.dds");
@@ -209,9 +276,8 @@ TEST_F(FrameDrawing, AnUnreadableTextureStopsThePreparation) {
     EXPECT_EQ(model.drawListId(), 0);
     EXPECT_NE(model.TextureList()->Item(1)->glPointer(), 0);
     EXPECT_EQ(model.TextureList()->Item(3)->glPointer(), -5);
-}
 
-TEST(PreviewContext, OpensOnlyOnAKnownSurface) {
+    // A context opens only on a known surface, and a surface needs a size.
     OpenGLPreviewObject preview;
     EXPECT_TRUE(throwsError([&] { preview.initOpenGL(987654); }, 100, "Velmora.OpenGLPreviewObject",
                             "Could not initialize OpenGL"));

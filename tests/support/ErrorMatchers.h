@@ -15,20 +15,13 @@ inline ::testing::AssertionResult throwsError(const std::function<void()>& actio
     try {
         action();
     } catch (const velmora::Error& e) {
-        if (e.number() != number) {
-            return ::testing::AssertionFailure()
-                   << "error " << e.number() << " (" << e.source() << ": " << e.description()
-                   << "), expected " << number;
+        if (e.number() == number && (source.empty() || e.source() == source) &&
+            (description.empty() || e.description() == description)) {
+            return ::testing::AssertionSuccess();
         }
-        if (!source.empty() && e.source() != source) {
-            return ::testing::AssertionFailure()
-                   << "source '" << e.source() << "', expected '" << source << "'";
-        }
-        if (!description.empty() && e.description() != description) {
-            return ::testing::AssertionFailure()
-                   << "description '" << e.description() << "', expected '" << description << "'";
-        }
-        return ::testing::AssertionSuccess();
+        return ::testing::AssertionFailure()
+               << "error " << e.number() << " from '" << e.source() << "': '" << e.description()
+               << "', expected " << number << " from '" << source << "': '" << description << "'";
     } catch (const std::exception& e) {
         return ::testing::AssertionFailure() << "threw another exception: " << e.what();
     }

@@ -5,10 +5,9 @@
 #include <array>
 #include <cstdint>
 #include <string>
-#include <utility>
 #include <vector>
 
-// Model files built byte by byte from their parts, and the sections of a saved file.
+// Model files built byte by byte from their parts.
 namespace modelbytes {
 
 using namespace testbytes;
@@ -24,33 +23,6 @@ struct Vert {
     float x = 0, y = 0, z = 0, nx = 0, ny = 0, nz = 0, tx = 0, ty = 0;
 };
 
-inline std::string mate(const std::vector<Material>& materials) {
-    std::string out = le16(0xB6) + le16(static_cast<int32_t>(materials.size())) + le32(0);
-    for (const Material& m : materials) {
-        for (const Rgba* c : {&m.diffuse, &m.ambient, &m.specular, &m.emissive})
-            for (float v : *c)
-                out += f32(v);
-        out += f32(m.power);
-    }
-    return out + le16(0x22);
-}
-
-// Entries named after their bitmaps, of type 1, white, size 0.
-inline std::string text(const std::vector<std::string>& names) {
-    std::string out = le16(0xB7) + le16(static_cast<int32_t>(names.size())) + le32(0);
-    for (const std::string& name : names)
-        out += le32(1) + le32(-1) + le32(0) + f32(0) + name + std::string(64 - name.size(), '\0');
-    return out + le16(0x22);
-}
-
-inline std::string vert(const std::vector<Vert>& vertices) {
-    std::string out = le16(0xB5) + le16(static_cast<int32_t>(vertices.size())) + le32(0);
-    for (const Vert& v : vertices)
-        for (float c : {v.x, v.y, v.z, v.nx, v.ny, v.nz, v.tx, v.ty})
-            out += f32(c);
-    return out + le16(0x22);
-}
-
 // Commands of the "BGL " stream.
 inline std::string setMaterial(int material, int texture) {
     return le16(0xB8) + le16(material) + le16(texture);
@@ -62,12 +34,8 @@ inline std::string triangleList(int base, const std::vector<std::array<int, 3>>&
         out += le16(t[0]) + le16(t[1]) + le16(t[2]);
     return out;
 }
-inline std::string zBias(int value) {
-    return le16(0xAC) + le16(value);
-}
-inline std::string bglEnd() {
-    return le16(0xBD);
-}
+inline const auto zBias = [](int value) { return le16(0xAC) + le16(value); };
+inline const auto bglEnd = [] { return le16(0xBD); };
 
 // A model: "MDLH" and "BBOX", then "EXTE" holding "TEXT", "MATE", "VERT" and "BGL ".
 struct Model {
@@ -85,38 +53,32 @@ struct Model {
     }
 
     std::string bytes() const {
-        std::string header;
+        const auto count = [](const auto& entries) { return le16(std::ssize(entries)) + le32(0); };
+        std::string header, bbox, mate = le16(0xB6) + count(materials),
+                                  text = le16(0xB7) + count(textures),
+                                  vert = le16(0xB5) + count(vertices);
         for (int i = 1; i <= 9; ++i)
             header += le32(i);
-        std::string bbox;
         for (float v : box)
             bbox += f32(v);
-        const std::string inner = section("TEXT", text(textures)) +
-                                  section("MATE", mate(materials)) +
-                                  section("VERT", vert(vertices)) + section("BGL ", commands);
+        for (const Material& m : materials) {
+            for (const Rgba* c : {&m.diffuse, &m.ambient, &m.specular, &m.emissive})
+                for (float v : *c)
+                    mate += f32(v);
+            mate += f32(m.power);
+        }
+        // Textures named after their bitmaps, of type 1, white, size 0.
+        for (const std::string& name : textures)
+            text +=
+                le32(1) + le32(-1) + le32(0) + f32(0) + name + std::string(64 - name.size(), '\0');
+        for (const Vert& v : vertices)
+            for (float c : {v.x, v.y, v.z, v.nx, v.ny, v.nz, v.tx, v.ty})
+                vert += f32(c);
+        const std::string inner = section("TEXT", text + le16(0x22)) +
+                                  section("MATE", mate + le16(0x22)) +
+                                  section("VERT", vert + le16(0x22)) + section("BGL ", commands);
         return riff(section("MDLH", header) + section("BBOX", bbox) + section("EXTE", inner));
     }
 };
-
-// The sections of a saved model file in the order they stand, walking into "EXTE".
-inline std::vector<std::pair<std::string, std::string>> sectionsOf(const std::string& file) {
-    std::vector<std::pair<std::string, std::string>> out;
-    for (std::size_t at = 12; at + 8 <= file.size();) {
-        std::size_t size = 0;
-        for (int b = 3; b >= 0; --b)
-            size =
-                size << 8 | static_cast<unsigned char>(file[at + 4 + static_cast<std::size_t>(b)]);
-        const std::string tag = file.substr(at, 4);
-        out.emplace_back(tag, tag == "EXTE" ? "" : file.substr(at + 8, size));
-        at += 8 + (tag == "EXTE" ? 0 : size);
-    }
-    return out;
-}
-
-inline std::string sectionPayload(const std::string& file, const std::string& tag) {
-    for (const auto& [found, payload] : sectionsOf(file))
-        if (found == tag) return payload;
-    return {};
-}
 
 }  // namespace modelbytes

@@ -21,25 +21,11 @@ struct Field {
     int delta = 0;     // bytes into the target
 };
 
-inline Field w(int64_t v) {
-    return {Field::Word, v, {}, -1, 0};
-}
-inline Field l(int64_t v) {
-    return {Field::Long, v, {}, -1, 0};
-}
-inline Field f(const char* text) {
-    return {Field::Single, 0, text, -1, 0};
-}
-inline Field tag(std::string text) {
-    text.resize(16, '\0');
-    return {Field::Tag, 0, text, -1, 0};
-}
-inline Field jw(int target, int delta = 0) {
-    return {Field::Word, 0, {}, target, delta};
-}
-inline Field jl(int target, int delta = 0) {
-    return {Field::Long, 0, {}, target, delta};
-}
+inline const auto w = [](int64_t v) { return Field{Field::Word, v, {}, -1, 0}; };
+inline const auto l = [](int64_t v) { return Field{Field::Long, v, {}, -1, 0}; };
+inline const auto f = [](const char* text) { return Field{Field::Single, 0, text, -1, 0}; };
+inline const auto jw = [](int target) { return Field{Field::Word, 0, {}, target, 0}; };
+inline const auto jl = [](int target) { return Field{Field::Long, 0, {}, target, 0}; };
 
 struct Op {
     int opcode = 0;
@@ -54,9 +40,8 @@ struct Op {
 
 class StreamAssembler {
   public:
-    int add(int opcode, std::vector<Field> fields = {}) {
+    void add(int opcode, std::vector<Field> fields = {}) {
         ops.push_back({opcode, std::move(fields)});
-        return size() - 1;
     }
     int size() const { return static_cast<int>(ops.size()); }
 
@@ -123,18 +108,19 @@ class StreamAssembler {
 inline StreamAssembler everyOpcode() {
     using namespace velmora;
     StreamAssembler a;
-    a.add(BGL_TAG, {tag(std::string("TOWER\0x", 7)), f("0.25")});                  // 0
-    a.add(VAR_BASE_32, {l(0x12345678)});                                           // 1
-    a.add(VAR_BASE_OVERRIDE, {l(-5)});                                             // 2
-    a.add(MATERIAL_LIST_BEGIN, {w(1), l(100)});                                    // 3
-    a.add(TEXTURE_LIST_BEGIN, {w(2), l(-200)});                                    // 4
-    a.add(SETWRD, {w(900), w(-7)});                                                // 5
-    a.add(BGL_ZBIAS, {w(3)});                                                      // 6
-    a.add(BGL_SET_MATRIX_INDIRECT, {w(4)});                                        // 7
-    a.add(IFIN1, {jw(10), w(906), w(1), w(2)});                                    // 8
-    a.add(SET_MATERIAL, {w(0), w(-1)});                                            // 9
-    a.add(IFIN2, {jw(12), w(1), w(2), w(3), w(4), w(5), w(6)});                    // 10
-    a.add(IFIN3, {jw(33), w(1), w(2), w(3), w(4), w(5), w(6), w(7), w(8), w(9)});  // 11
+    a.add(BGL_TAG,
+          {{Field::Tag, 0, std::string("TOWER\0x\0\0\0\0\0\0\0\0\0", 16)}, f("0.25")});  // 0
+    a.add(VAR_BASE_32, {l(0x12345678)});                                                 // 1
+    a.add(VAR_BASE_OVERRIDE, {l(-5)});                                                   // 2
+    a.add(MATERIAL_LIST_BEGIN, {w(1), l(100)});                                          // 3
+    a.add(TEXTURE_LIST_BEGIN, {w(2), l(-200)});                                          // 4
+    a.add(SETWRD, {w(900), w(-7)});                                                      // 5
+    a.add(BGL_ZBIAS, {w(3)});                                                            // 6
+    a.add(BGL_SET_MATRIX_INDIRECT, {w(4)});                                              // 7
+    a.add(IFIN1, {jw(10), w(906), w(1), w(2)});                                          // 8
+    a.add(SET_MATERIAL, {w(0), w(-1)});                                                  // 9
+    a.add(IFIN2, {jw(12), w(1), w(2), w(3), w(4), w(5), w(6)});                          // 10
+    a.add(IFIN3, {jw(33), w(1), w(2), w(3), w(4), w(5), w(6), w(7), w(8), w(9)});        // 11
     a.add(IFIN_BOX_PLANE, {jw(13), w(-1), w(-2), w(-3), w(-4), w(-5), w(-6), w(-7), w(-8), w(-9)});
     a.add(IFIN_INSTANCED_BOX_PLANE,  // 13: a jump to itself
           {jw(13), w(1), w(1), w(1), w(1), w(1), w(1), w(1), w(1), w(1)});

@@ -1,6 +1,0 @@
-#include "fuzz/Harnesses.h"
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
-    fuzzing::loadModel(data, size);
-    return 0;
-}
