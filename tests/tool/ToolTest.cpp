@@ -201,8 +201,9 @@ TEST_F(ToolTest, EditRefusesToLoseCommandsUnlessForcedAndChecksWhatItWrote) {
     StreamAssembler backwards;
     backwards.add(velmora::IFIN1, {jw(2), w(798), w(3), w(5)});  // fails to the jump back
     backwards.add(velmora::BGL_JUMP_32, {jl(3)});
-    backwards.add(velmora::BGL_JUMP_32,
-                  {jl(1, -8)});  // an offset of -2 or less: the command in front
+    backwards.add(
+        velmora::BGL_JUMP_32,
+        {Field{Field::Long, 0, {}, 1, -8}});  // an offset of -2 or less: the command in front
     backwards.add(velmora::BGL_CALL_32, {jl(5)});
     backwards.add(velmora::BGL_END);
     appendBody(backwards);
@@ -377,6 +378,6 @@ TEST_F(ToolTest, RenderWritesAPictureOrSaysWhyNothingShows) {
     const json scanned = json::parse(thumbnails.out);
     for (const auto& model : scanned["models"])
         EXPECT_GT(model["thumbnailPixels"].get<int>(), 1000) << model;
-    EXPECT_EQ(listingOf(dir.file("pictures")), "model_001.png model_002.png model_003.png");
+    EXPECT_EQ(dir.listing("pictures"), "model_001.png model_002.png model_003.png");
 }
 #endif
