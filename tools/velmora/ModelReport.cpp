@@ -234,7 +234,7 @@ namespace {
 std::string grouped(int64_t value) {
     std::string digits = std::to_string(value < 0 ? -value : value);
     for (int i = static_cast<int>(digits.size()) - 3; i > 0; i -= 3)
-        digits.insert(static_cast<std::size_t>(i), ",");
+        digits.insert(static_cast<std::size_t>(i), 1, ',');
     return (value < 0 ? "-" : "") + digits;
 }
 
