@@ -35,9 +35,10 @@ echo "== dpkg-deb -f $deb"
 dpkg-deb -f "$deb" Package Version Architecture Depends Recommends | tee "$work/control"
 grep -qx "Version: $version" "$work/control"
 grep -qx "Architecture: amd64" "$work/control"
-depends="$(sed -n 's/^Depends: //p' "$work/control")"
+# The package names of Depends, one a line, without versions and alternatives.
+sed -n 's/^Depends: //p' "$work/control" | tr ',|' '\n\n' | sed 's/(.*)//; s/ //g' >"$work/depends"
 for dep in libegl-dev libgl-dev libglu1-mesa-dev libfreeimage-dev libfreeimage3 libstdc++6; do
-    grep -Eq "(^|, )$dep( |,|$)" <<<"$depends" || { echo "Depends lacks $dep" >&2; exit 1; }
+    grep -Fqx "$dep" "$work/depends" || { echo "Depends lacks $dep" >&2; exit 1; }
 done
 
 echo "== dpkg -x into $work/root"
