@@ -8,8 +8,6 @@ namespace tool {
 
 namespace {
 
-constexpr int32_t kDayVariable = 906;
-
 const velmora::BGLCommand& commandAt(const velmora::BGLCommandList& list, int32_t position) {
     return *list.Item(position);
 }
