@@ -1,8 +1,9 @@
-# The two commands a newcomer needs: `make demo` and `make test`.
+# The two commands a newcomer needs: `make demo` and `make test`; `make package` makes the
+# Debian package.
 MAKEFLAGS += --no-print-directory
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: demo test setup clean
+.PHONY: demo test package setup clean
 
 setup:
 	@./scripts/setup.sh
@@ -19,6 +20,13 @@ test: setup
 	@cmake -S . -B build/tsan -DCMAKE_BUILD_TYPE=Debug -DVELMORA_TSAN=ON -DVELMORA_PREVIEW=OFF -DVELMORA_BUILD_BENCH=OFF >/dev/null
 	@cmake --build build/tsan -j $(JOBS) --target test_threads record_walk
 	@cd build/tsan && ctest --output-on-failure -R 'ConcurrentModels|CoreWithoutPreview'
+
+# The same Release build as the demo's, packed by CPack into build/release/velmora_<version>_amd64.deb.
+package: setup
+	@cmake -S . -B build/release -DCMAKE_BUILD_TYPE=Release -DVELMORA_BUILD_TESTS=OFF -DVELMORA_BUILD_BENCH=OFF -DVELMORA_PREVIEW=ON >/dev/null
+	@cmake --build build/release -j $(JOBS) --target velmora velmora_cli
+	@cd build/release && rm -f velmora_*.deb && cpack -G DEB >/dev/null
+	@ls build/release/velmora_*.deb
 
 clean:
 	rm -rf build

@@ -27,8 +27,9 @@ class OpenGLPreviewObject {
 
   private:
     bool openGLInit_ = false;
-    int32_t renderContext_ = 0;
-    int32_t deviceContext_ = 0;
+    // A build without the preview (VELMORA_PREVIEW=OFF) has no surface to keep.
+    [[maybe_unused]] int32_t renderContext_ = 0;
+    [[maybe_unused]] int32_t deviceContext_ = 0;
 };
 
 }  // namespace velmora

@@ -38,13 +38,15 @@ void finish(TestReading& reading) {
         return;
     }
     if (reading.kind == TestKind::Range) {
-        reading.text = "(";
+        // Built front to back in a new string: GCC 12 warns falsely (-Wrestrict) about
+        // assigning a literal to the reading's text and about prepending to a temporary.
+        std::string text(1, '(');
         for (std::size_t i = 0; i < reading.ranges.size(); ++i) {
             const RangeTerm& r = reading.ranges[i];
-            if (i > 0) reading.text += " and ";
-            reading.text += rangeText(r.variable, r.low, r.high);
+            if (i > 0) text += " and ";
+            text += rangeText(r.variable, r.low, r.high);
         }
-        reading.text += ")";
+        reading.text = std::move(text) + ")";
     } else if (reading.kind == TestKind::Mask) {
         reading.text = maskText(reading.variable, reading.mask);
     } else if (reading.kind == TestKind::Size) {
@@ -92,7 +94,11 @@ std::string rangeText(int32_t variable, int32_t low, int32_t high) {
 }
 
 std::string maskText(int32_t variable, int32_t mask) {
-    return "(" + numbers::formatInteger(variable) + " & " + numbers::formatInteger(mask) + ")";
+    std::string text(1, '(');
+    text += numbers::formatInteger(variable);
+    text += " & ";
+    text += numbers::formatInteger(mask);
+    return text + ")";
 }
 
 TestReading readTest(const BGLCommand& command, bool withText) {

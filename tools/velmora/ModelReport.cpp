@@ -8,8 +8,6 @@ namespace tool {
 
 namespace {
 
-constexpr int32_t kDayVariable = 906;
-
 const velmora::BGLCommand& commandAt(const velmora::BGLCommandList& list, int32_t position) {
     return *list.Item(position);
 }
@@ -234,7 +232,7 @@ namespace {
 std::string grouped(int64_t value) {
     std::string digits = std::to_string(value < 0 ? -value : value);
     for (int i = static_cast<int>(digits.size()) - 3; i > 0; i -= 3)
-        digits.insert(static_cast<std::size_t>(i), ",");
+        digits.insert(static_cast<std::size_t>(i), 1, ',');
     return (value < 0 ? "-" : "") + digits;
 }
 
