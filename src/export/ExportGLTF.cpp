@@ -6,6 +6,7 @@
 #include "export/GLTFVariants.h"
 #include "foundation/Errors.h"
 #include "foundation/FileSystem.h"
+#include "foundation/GeneralFunctions.h"
 #include "image/ImageFile.h"
 #include "model/TextureFiles.h"
 #include "walk/GeometryCollector.h"
@@ -35,15 +36,9 @@ struct Output {
 };
 
 Output outputOf(const std::string& f) {
-    std::string lower = f;
-    std::transform(lower.begin(), lower.end(), lower.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    const auto endsWith = [&lower](const std::string& tail) {
-        return lower.size() > tail.size() &&
-               lower.compare(lower.size() - tail.size(), tail.size(), tail) == 0;
-    };
-    if (endsWith(".glb")) return {f, true};
-    if (endsWith(".gltf")) return {f, false};
+    const std::string lower = asciiLower(f);
+    if (lower.size() > 4 && lower.ends_with(".glb")) return {f, true};
+    if (lower.size() > 5 && lower.ends_with(".gltf")) return {f, false};
     raisePlatformError(kInvalidProcedureCall, "give a file name ending in .glb or .gltf");
 }
 

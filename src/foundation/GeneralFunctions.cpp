@@ -8,4 +8,11 @@ std::string folderOfPath(const std::string& path) {
     return path.substr(0, cut);
 }
 
+std::string asciiLower(std::string text) {
+    for (char& c : text) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    }
+    return text;
+}
+
 }  // namespace velmora

@@ -8,4 +8,7 @@ namespace velmora {
 // given back unchanged; an empty path stays empty.
 std::string folderOfPath(const std::string& path);
 
+// `text` with the ASCII letters A to Z made small; other bytes stay as they are.
+std::string asciiLower(std::string text);
+
 }  // namespace velmora

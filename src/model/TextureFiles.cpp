@@ -1,6 +1,7 @@
 #include <velmora/TextureList.h>
 
 #include "foundation/Errors.h"
+#include "foundation/GeneralFunctions.h"
 #include "model/TextureFiles.h"
 
 #include <algorithm>
@@ -9,17 +10,7 @@
 
 namespace velmora {
 
-namespace {
-
 namespace stdfs = std::filesystem;
-
-std::string lower(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return text;
-}
-
-}  // namespace
 
 std::vector<std::string> detail::textureFiles(const TextureList& textures,
                                               const std::string& folder) {
@@ -27,7 +18,7 @@ std::vector<std::string> detail::textureFiles(const TextureList& textures,
     std::error_code code;
     for (const auto& entry : stdfs::directory_iterator(folder, code)) {
         if (entry.is_regular_file()) {
-            files[lower(entry.path().filename().string())] = entry.path().string();
+            files[asciiLower(entry.path().filename().string())] = entry.path().string();
         }
     }
     if (code) {
@@ -41,8 +32,8 @@ std::vector<std::string> detail::textureFiles(const TextureList& textures,
         std::string name = entry->bitmap();
         const auto cut = name.find_last_of("/\\");
         if (cut != std::string::npos) name = name.substr(cut + 1);
-        const std::string stem = lower(stdfs::path(name).stem().string());
-        std::vector<std::string> candidates{lower(name)};
+        const std::string stem = asciiLower(stdfs::path(name).stem().string());
+        std::vector<std::string> candidates{asciiLower(name)};
         for (const char* extension : {".bmp", ".dds", ".tga", ".png", ".jpg", ".jpeg"})
             candidates.push_back(stem + extension);
         found.emplace_back();

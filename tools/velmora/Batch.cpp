@@ -20,12 +20,6 @@ namespace {
 
 namespace stdfs = std::filesystem;
 
-std::string lower(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return text;
-}
-
 // A link that leads out of `root`, or anywhere when links aren't followed.
 bool leavesTree(const stdfs::directory_entry& entry, const stdfs::path& root, bool followLinks) {
     if (!entry.is_symlink()) return false;
@@ -71,7 +65,7 @@ std::vector<BatchInput> gatherInputs(const BatchOptions& options,
                 continue;
             }
             if (!it->is_regular_file()) continue;
-            const std::string extension = lower(it->path().extension().string());
+            const std::string extension = lowercase(it->path().extension().string());
             if (std::find(extensions.begin(), extensions.end(), extension) == extensions.end()) {
                 continue;
             }

@@ -138,15 +138,10 @@ void checkSeasonsSpelling(const std::string& spec) {
 }
 
 int32_t findTexture(const velmora::MDLObject& model, const std::string& nameOrNumber) {
-    const auto lower = [](std::string text) {
-        std::transform(text.begin(), text.end(), text.begin(),
-                       [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-        return text;
-    };
     int32_t position = 0;
     for (const auto& texture : *model.TextureList()) {
         ++position;
-        if (lower(texture->bitmap()) == lower(nameOrNumber)) return position;
+        if (lowercase(texture->bitmap()) == lowercase(nameOrNumber)) return position;
     }
     try {
         std::size_t used = 0;

@@ -130,11 +130,8 @@ void addExportCommands(CLI::App& app) {
                             "the scenario walk decides what is written");
         e->write = [scenario](velmora::MDLObject& model, const Output& out) {
             const RenderSettings settings = checkRenderSettings(*scenario);
-            std::string lower = out.target();
-            for (char& c : lower)
-                c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-            if (!out.toStandardOutput() && !lower.ends_with(".glb") &&
-                !lower.ends_with(".gltf")) {
+            const std::string lower = lowercase(out.target());
+            if (!out.toStandardOutput() && !lower.ends_with(".glb") && !lower.ends_with(".gltf")) {
                 throw UsageError(
                     "give -o a name ending in .glb (one file) or .gltf (with .bin and images "
                     "beside it), or - for a .glb on standard output");

@@ -85,9 +85,10 @@ void addRenderOptions(CLI::App& command, RenderOptions& o, bool withFixedFrame) 
     command.add_flag("--spec-frame", o.specFrame,
                      "The fixed frame of the preview: every part, turned by --heading and "
                      "--pitch, panned by --pan-x and --pan-y, at --zoom percent");
-    command.add_option("--pitch", o.pitch,
-                       "With --spec-frame: tilt about the frame's x axis, degrees (0 looks down "
-                       "the model's y axis from above, -90 from the side)")
+    command
+        .add_option("--pitch", o.pitch,
+                    "With --spec-frame: tilt about the frame's x axis, degrees (0 looks down "
+                    "the model's y axis from above, -90 from the side)")
         ->capture_default_str();
     command.add_option("--pan-x", o.panX, "With --spec-frame: shift along the model's x");
     command.add_option("--pan-y", o.panY, "With --spec-frame: shift along the model's z");

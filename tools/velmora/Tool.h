@@ -45,6 +45,9 @@ CLI::App* addCommand(CLI::App& app, const std::string& name, const std::string& 
 // The synopsis of a subcommand, or of the whole tool for "".
 std::string synopsisOf(const std::string& name);
 
+// `text` with its ASCII letters made small, for names compared without regard to case.
+std::string lowercase(std::string text);
+
 // The subcommands; each file adds its own to the application.
 void addInfoCommand(CLI::App& app);
 void addCommandsCommand(CLI::App& app);

@@ -36,6 +36,13 @@ std::string synopsisOf(const std::string& name) {
     return found != synopses().end() ? found->second : "velmora COMMAND [options]";
 }
 
+std::string lowercase(std::string text) {
+    for (char& c : text) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    }
+    return text;
+}
+
 ToolError fromLibrary(const velmora::Error& error, const std::string& file,
                       const std::string& hint) {
     // what() starts with the file when the error knows it; the tool puts the file in front itself.
