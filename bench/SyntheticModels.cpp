@@ -121,7 +121,7 @@ void buildStream(BGLCommandList& list, const ModelShape& shape, uint32_t seed) {
             for (int i = 0; i < items; ++i)
                 addCommand(list, DRAW_TRI_LIST_ITEM, {pick(0, 63), pick(0, 63), pick(0, 63)});
         } else if (kind < 65) {
-            jumps.push_back({addCommand(list, BGL_JUMP_32, {0}), position, 0});
+            jumps.push_back({addCommand(list, BGL_JUMP_32, {0}), position, shape.jumpReach});
         } else if (kind < 80) {
             jumps.push_back(
                 {addCommand(list, IFIN1, {0, pick(100, 899), 0, pick(1, 50)}), position, 400});

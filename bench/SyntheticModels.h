@@ -24,6 +24,7 @@ struct ModelShape {
     int materials = 1000;
     int textures = 1000;
     int lights = 1000;
+    int jumpReach = 0;  // how far ahead the plain jumps lead at most; 0: anywhere up to the end
 };
 
 // The model of the issue: 65,535 vertices, 1,000 materials and textures, ~60,000 commands.

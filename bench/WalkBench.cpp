@@ -1,5 +1,6 @@
 // The walks over the command stream into the recorder (no OpenGL needed), at 30,000 and 60,000
-// commands: the flat walk that draws every part, and the scenario walk that follows the stream.
+// commands: the flat walk that draws every part, and the scenario walk that follows the stream;
+// then both into a sink that only counts, to compare the walks themselves.
 #include <velmora/DrawListSink.h>
 #include <velmora/MDLObject.h>
 #include <velmora/Scenario.h>
@@ -40,19 +41,69 @@ void BM_GlGenerateDrawList(benchmark::State& state) {
 }
 BENCHMARK(BM_GlGenerateDrawList)->Arg(30000)->Arg(60000)->Unit(benchmark::kMillisecond);
 
-// The same models under the default scenario: tests decide the way, calls return, jumps are
-// taken, so the walk passes over what the scenario doesn't draw.
-void BM_ScenarioWalk(benchmark::State& state) {
-    MDLObject& model = previewModel(state.range(0));
-    const Scenario scenario;
-    std::size_t operations = 0;
-    for (auto _ : state) {
-        DrawListRecorder recorder;
-        model.glGenerateDrawList(recorder, scenario);
-        operations = recorder.operations().size();
+// A sink that only counts what it gets, so that the walks, not the recording, are measured.
+class CountingSink : public DrawListSink {
+  public:
+    uint32_t glGenLists(int32_t) override { return 1; }
+    void glNewList(uint32_t, uint32_t) override { ++operations; }
+    void glEndList() override { ++operations; }
+    void glPolygonOffset(float, float) override { ++operations; }
+    void glBindTexture(uint32_t, uint32_t) override { ++operations; }
+    void glMaterialfv(uint32_t, uint32_t, const std::array<float, 4>&) override { ++operations; }
+    void glBegin(uint32_t) override { ++operations; }
+    void glNormal3f(float, float, float) override { ++operations; }
+    void glTexCoord2f(float, float) override { ++operations; }
+    void glVertex3f(float, float, float) override { ++operations; }
+    void glEnd() override { ++operations; }
+    void atCommand(int32_t) override { ++visited; }
+    int64_t operations = 0;
+    int64_t visited = 0;
+};
+
+// The stream shape of the edits, with plain jumps that lead a few commands ahead.
+MDLObject& walkModel(int64_t commands) {
+    static std::map<int64_t, std::unique_ptr<MDLObject>> models;
+    auto& slot = models[commands];
+    if (!slot) {
+        ModelShape shape = editShape(static_cast<int>(commands));
+        shape.jumpReach = 8;
+        slot = std::make_unique<MDLObject>();
+        slot->readMDLBytes(modelFile(shape));
     }
-    state.SetItemsProcessed(state.iterations() * model.BGLCommandList()->Count());
-    state.counters["operations"] = static_cast<double>(operations);
+    return *slot;
+}
+
+// Both walks into the counting sink; items are the commands each walk came to. The scenario
+// passes the tests in front of the call and the ones inside (variables 100 to 899 set to 1), so
+// it follows calls, tests and jumps over nearly every command.
+template <bool kScenario>
+void walkInto(benchmark::State& state) {
+    MDLObject& model = walkModel(state.range(0));
+    Scenario scenario = Scenario().set(1004, 3).set(300, 1);
+    for (int32_t variable = 100; variable < 900; ++variable)
+        scenario.set(variable, 1);
+    CountingSink sink;
+    for (auto _ : state) {
+        sink = CountingSink();
+        if constexpr (kScenario) {
+            model.glGenerateDrawList(sink, scenario);
+        } else {
+            model.glGenerateDrawList(sink);
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * sink.visited);
+    state.counters["visited"] = static_cast<double>(sink.visited);
+    state.counters["operations"] = static_cast<double>(sink.operations);
+    if (sink.visited < state.range(0) / 2) state.SkipWithError("the walk skips most of the stream");
+}
+
+void BM_FlatWalk(benchmark::State& state) {
+    walkInto<false>(state);
+}
+BENCHMARK(BM_FlatWalk)->Arg(30000)->Arg(60000)->Unit(benchmark::kMillisecond);
+
+void BM_ScenarioWalk(benchmark::State& state) {
+    walkInto<true>(state);
 }
 BENCHMARK(BM_ScenarioWalk)->Arg(30000)->Arg(60000)->Unit(benchmark::kMillisecond);
 
