@@ -56,10 +56,10 @@ std::vector<std::string> editConditions(velmora::MDLObject& model, const EditOpt
 std::shared_ptr<velmora::Condition> parseCondition(const std::string& text);
 
 // Writes the seasonal runs asked for.
-std::vector<std::string> editSeasons(velmora::MDLObject& model, const std::string& spec,
+std::vector<std::string> editSeasons(velmora::MDLObject& model, const std::string& request,
                                      EditIntent& intent);
 // Checks the spelling of a --seasons value before the model is loaded (a usage error).
-void checkSeasonsSpelling(const std::string& spec);
+void checkSeasonsSpelling(const std::string& request);
 
 // Sets and measures texture sizes as asked.
 std::vector<std::string> editTextureSizes(velmora::MDLObject& model, const EditOptions& options);

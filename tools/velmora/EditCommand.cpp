@@ -57,8 +57,8 @@ void edit(const EditOptions& o) {
     }
     for (const auto& text : o.conditions)
         parseCondition(text);
-    for (const auto& spec : o.seasons)
-        checkSeasonsSpelling(spec);
+    for (const auto& request : o.seasons)
+        checkSeasonsSpelling(request);
     // The target is checked before any work, so a bad one costs nothing.
     std::optional<Output> output;
     if (!o.output.empty()) output.emplace(o.output, Output::Stream::Binary);
@@ -71,8 +71,8 @@ void edit(const EditOptions& o) {
     };
     try {
         if (o.changesConditions()) append(editConditions(*model, o, intent));
-        for (const auto& spec : o.seasons)
-            append(editSeasons(*model, spec, intent));
+        for (const auto& request : o.seasons)
+            append(editSeasons(*model, request, intent));
         if (o.addKillShadow) {
             model->addKillShadow();
             done.push_back("kill shadow added");

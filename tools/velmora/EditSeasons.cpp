@@ -29,31 +29,31 @@ struct SeasonItem {
     int dayEnd = -1;
 };
 
-struct SeasonsSpec {
+struct SeasonsRequest {
     std::string anchor;
     std::vector<SeasonItem> items;
 };
 
-int parseDay(const std::string& text, const std::string& spec) {
+int parseDay(const std::string& text, const std::string& request) {
     try {
         std::size_t used = 0;
         const int day = std::stoi(text, &used);
         if (used == text.size() && day >= 0 && day <= 366) return day;
     } catch (const std::exception&) {
     }
-    throw UsageError("bad day '" + text + "' in --seasons '" + spec + "': give 0 to 366");
+    throw UsageError("bad day '" + text + "' in --seasons '" + request + "': give 0 to 366");
 }
 
 // "TEXTURE:SEASON=NAME[@FIRST-LAST],..."
-SeasonsSpec parseSeasons(const std::string& spec) {
-    const auto colon = spec.find(':');
-    if (colon == std::string::npos || colon == 0 || colon + 1 == spec.size()) {
-        throw UsageError("bad --seasons '" + spec +
+SeasonsRequest parseSeasons(const std::string& request) {
+    const auto colon = request.find(':');
+    if (colon == std::string::npos || colon == 0 || colon + 1 == request.size()) {
+        throw UsageError("bad --seasons '" + request +
                          "': give TEXTURE:SEASON=NAME[@FIRST-LAST],... such as "
                          "wall.bmp:winter=wall_winter.bmp");
     }
-    SeasonsSpec out{spec.substr(0, colon), {}};
-    std::istringstream items(spec.substr(colon + 1));
+    SeasonsRequest out{request.substr(0, colon), {}};
+    std::istringstream items(request.substr(colon + 1));
     for (std::string item; std::getline(items, item, ',');) {
         SeasonItem season;
         std::string days;
@@ -68,7 +68,7 @@ SeasonsSpec parseSeasons(const std::string& spec) {
         const auto known = std::find_if(kSeasons.begin(), kSeasons.end(),
                                         [&](const SeasonName& s) { return name == s.name; });
         if (known == kSeasons.end()) {
-            throw UsageError("unknown season '" + name + "' in --seasons '" + spec +
+            throw UsageError("unknown season '" + name + "' in --seasons '" + request +
                              "': give spring, summer, fall, winter or heavywinter");
         }
         season.variant = known->variant;
@@ -76,20 +76,20 @@ SeasonsSpec parseSeasons(const std::string& spec) {
         if (!days.empty()) {
             const auto dash = days.find('-');
             if (dash == std::string::npos) {
-                throw UsageError("bad days '" + days + "' in --seasons '" + spec +
+                throw UsageError("bad days '" + days + "' in --seasons '" + request +
                                  "': give FIRST-LAST, such as 60-150");
             }
-            season.dayStart = parseDay(days.substr(0, dash), spec);
-            season.dayEnd = parseDay(days.substr(dash + 1), spec);
+            season.dayStart = parseDay(days.substr(0, dash), request);
+            season.dayEnd = parseDay(days.substr(dash + 1), request);
         }
         if (season.variant == velmora::summer && !season.texture.empty() &&
             season.texture != out.anchor) {
-            throw UsageError("summer shows the texture before the colon in --seasons '" + spec +
+            throw UsageError("summer shows the texture before the colon in --seasons '" + request +
                              "'; name the summer texture there");
         }
         if (std::any_of(out.items.begin(), out.items.end(),
                         [&](const SeasonItem& s) { return s.variant == season.variant; })) {
-            throw UsageError("season '" + name + "' given twice in --seasons '" + spec + "'");
+            throw UsageError("season '" + name + "' given twice in --seasons '" + request + "'");
         }
         if (season.texture.size() > 64) {
             throw UsageError("texture name '" + season.texture + "' is longer than 64 bytes");
@@ -133,8 +133,8 @@ int32_t textureFor(velmora::MDLObject& model, const std::string& name, int32_t a
 
 }  // namespace
 
-void checkSeasonsSpelling(const std::string& spec) {
-    parseSeasons(spec);
+void checkSeasonsSpelling(const std::string& request) {
+    parseSeasons(request);
 }
 
 int32_t findTexture(const velmora::MDLObject& model, const std::string& nameOrNumber) {
@@ -154,9 +154,9 @@ int32_t findTexture(const velmora::MDLObject& model, const std::string& nameOrNu
     return 0;
 }
 
-std::vector<std::string> editSeasons(velmora::MDLObject& model, const std::string& spec,
+std::vector<std::string> editSeasons(velmora::MDLObject& model, const std::string& request,
                                      EditIntent& intent) {
-    SeasonsSpec seasons = parseSeasons(spec);
+    SeasonsRequest seasons = parseSeasons(request);
     const int32_t anchor = findTexture(model, seasons.anchor);
     if (anchor == 0) {
         throw ToolError(model.path(), "has no texture '" + seasons.anchor + "'",

@@ -65,7 +65,7 @@ void addRenderOptions(CLI::App& command, RenderOptions& o, bool withFixedFrame) 
                        "Camera distance from the model's centre, metres (default: fitted)");
     command
         .add_option("--zoom", o.zoom,
-                    "Percent: 200 twice as near, 50 twice as far (with --spec-frame: the "
+                    "Percent: 200 twice as near, 50 twice as far (with --request-frame: the "
                     "fixed frame's zoom)")
         ->capture_default_str();
     command.add_option("--background", o.background, "Background colour RRGGBB")
@@ -82,16 +82,16 @@ void addRenderOptions(CLI::App& command, RenderOptions& o, bool withFixedFrame) 
     command.add_option("--textures", o.textures,
                        "Folder of the texture images, matched by name without regard to case");
     if (!withFixedFrame) return;
-    command.add_flag("--spec-frame", o.specFrame,
+    command.add_flag("--request-frame", o.fixedFrame,
                      "The fixed frame of the preview: every part, turned by --heading and "
                      "--pitch, panned by --pan-x and --pan-y, at --zoom percent");
     command
         .add_option("--pitch", o.pitch,
-                    "With --spec-frame: tilt about the frame's x axis, degrees (0 looks down "
+                    "With --request-frame: tilt about the frame's x axis, degrees (0 looks down "
                     "the model's y axis from above, -90 from the side)")
         ->capture_default_str();
-    command.add_option("--pan-x", o.panX, "With --spec-frame: shift along the model's x");
-    command.add_option("--pan-y", o.panY, "With --spec-frame: shift along the model's z");
+    command.add_option("--pan-x", o.panX, "With --request-frame: shift along the model's x");
+    command.add_option("--pan-y", o.panY, "With --request-frame: shift along the model's z");
 }
 
 RenderSettings checkRenderSettings(const RenderOptions& o) {
@@ -157,7 +157,7 @@ RenderSettings checkRenderSettings(const RenderOptions& o) {
         s.scenario.set(static_cast<int32_t>(variable), static_cast<int32_t>(value));
     }
     s.flat = o.flat;
-    s.specFrame = o.specFrame;
+    s.fixedFrame = o.fixedFrame;
     s.pitch = o.pitch;
     s.panX = o.panX;
     s.panY = o.panY;
@@ -176,13 +176,13 @@ Picture renderModel(velmora::MDLObject& model, const RenderSettings& settings,
     picture.height = settings.height * rows;
     picture.rgb.assign(static_cast<std::size_t>(picture.width) * picture.height * 3, 255);
     Surface surface(settings.width, settings.height);
-    if (settings.specFrame) {
+    if (settings.fixedFrame) {
         model.glPreparepreview(surface.preview());
     } else {
         model.glPrepareView(surface.preview());
     }
     for (std::size_t i = 0; i < turns.size(); ++i) {
-        if (settings.specFrame) {
+        if (settings.fixedFrame) {
             model.glDrawMDL(turns[i], settings.pitch, settings.panX, settings.panY,
                             static_cast<float>(settings.width) * velmora::TwipsPerPixelX(),
                             static_cast<float>(settings.height) * velmora::TwipsPerPixelY(),

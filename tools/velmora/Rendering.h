@@ -14,7 +14,7 @@ struct RenderSettings {
     velmora::View view;
     velmora::Scenario scenario;
     bool flat = false;
-    bool specFrame = false;
+    bool fixedFrame = false;
     float pitch = -65;  // the fixed frame's
     float panX = 0;
     float panY = 0;
@@ -49,7 +49,7 @@ struct RenderOptions {
     bool night = false;
     std::vector<std::string> set;
     bool flat = false;
-    bool specFrame = false;
+    bool fixedFrame = false;
     float pitch = -65;
     float panX = 0;
     float panY = 0;
