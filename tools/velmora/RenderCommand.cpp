@@ -50,7 +50,7 @@ void render(const RenderCommandOptions& o) {
     const RenderSettings settings = checkRenderSettings(o.render);
     if (o.sheet < 0 || o.sheet > 64) throw UsageError("--sheet takes 1 to 64 headings");
     if (o.render.fixedFrame && o.render.flat) {
-        throw UsageError("--request-frame draws every part already; leave out --flat");
+        throw UsageError("--fixed-frame draws every part already; leave out --flat");
     }
     if (!isBatch(o.batch.inputs)) {
         const Output out(o.output, Output::Stream::Binary);

@@ -65,7 +65,7 @@ void addRenderOptions(CLI::App& command, RenderOptions& o, bool withFixedFrame) 
                        "Camera distance from the model's centre, metres (default: fitted)");
     command
         .add_option("--zoom", o.zoom,
-                    "Percent: 200 twice as near, 50 twice as far (with --request-frame: the "
+                    "Percent: 200 twice as near, 50 twice as far (with --fixed-frame: the "
                     "fixed frame's zoom)")
         ->capture_default_str();
     command.add_option("--background", o.background, "Background colour RRGGBB")
@@ -82,16 +82,16 @@ void addRenderOptions(CLI::App& command, RenderOptions& o, bool withFixedFrame) 
     command.add_option("--textures", o.textures,
                        "Folder of the texture images, matched by name without regard to case");
     if (!withFixedFrame) return;
-    command.add_flag("--request-frame", o.fixedFrame,
+    command.add_flag("--fixed-frame", o.fixedFrame,
                      "The fixed frame of the preview: every part, turned by --heading and "
                      "--pitch, panned by --pan-x and --pan-y, at --zoom percent");
     command
         .add_option("--pitch", o.pitch,
-                    "With --request-frame: tilt about the frame's x axis, degrees (0 looks down "
+                    "With --fixed-frame: tilt about the frame's x axis, degrees (0 looks down "
                     "the model's y axis from above, -90 from the side)")
         ->capture_default_str();
-    command.add_option("--pan-x", o.panX, "With --request-frame: shift along the model's x");
-    command.add_option("--pan-y", o.panY, "With --request-frame: shift along the model's z");
+    command.add_option("--pan-x", o.panX, "With --fixed-frame: shift along the model's x");
+    command.add_option("--pan-y", o.panY, "With --fixed-frame: shift along the model's z");
 }
 
 RenderSettings checkRenderSettings(const RenderOptions& o) {
