@@ -209,6 +209,9 @@ class BGLOpcodeDictionary {
 
     // The row of `opcode` without a copy, or nullptr outside 0 to 260. For the library's loops.
     static const BGLCommandDictEntry* row(int32_t opcode);
+    // The name of an opcode for people: its row's name, "IFINF1" (a test without a row), or
+    // "OPCODE n".
+    static std::string nameOf(int32_t opcode);
 };
 
 }  // namespace velmora

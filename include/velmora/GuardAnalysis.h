@@ -1,6 +1,7 @@
 #pragma once
 
 #include <velmora/BGLOpcodeDictionary.h>
+#include <velmora/KeyedCollection.h>
 
 #include <cstdint>
 #include <memory>
@@ -13,10 +14,10 @@ class BGLCommand;
 class BGLCommandList;
 class ConditionList;
 
-// Our own addition: what decides whether a model's guarded call (its first BGL_CALL_32 or
-// SPRITE_VICALL) is drawn, worked out by following the stream from its first command: a test
-// that holds goes on with the next command, one that fails goes to its jump destination, a jump
-// goes to its destination, and BGL_RETURN or BGL_END ends the walk.
+// What decides whether a model's guarded call (its first BGL_CALL_32 or SPRITE_VICALL) is drawn,
+// worked out by following the stream from its first command: a test that holds goes on with the
+// next command, one that fails goes to its jump destination, a jump goes to its destination, and
+// BGL_RETURN or BGL_END ends the walk. Equal tests are one term of the formula.
 class GuardAnalysis {
   public:
     // One test in front of the guarded call.
@@ -37,6 +38,8 @@ class GuardAnalysis {
     ~GuardAnalysis();
     GuardAnalysis(const GuardAnalysis&) = delete;
     GuardAnalysis& operator=(const GuardAnalysis&) = delete;
+    GuardAnalysis(GuardAnalysis&&) noexcept;
+    GuardAnalysis& operator=(GuardAnalysis&&) noexcept;
 
     // 0 when the stream has no BGL_CALL_32 or SPRITE_VICALL.
     int32_t guardedCall() const { return guardedCall_; }
@@ -49,7 +52,8 @@ class GuardAnalysis {
     const std::string& formula() const { return formula_; }
     const std::vector<Test>& tests() const { return tests_; }
     const std::vector<Other>& others() const { return others_; }
-    // False when the stretch holds too many different tests to work the formula out.
+    // False when there is no guarded call, or the stretch holds too many different tests to work
+    // the formula out.
     bool workedOut() const { return workedOut_; }
 
     // What the condition editor (getConditions) reads, as a formula; "" when it can't read the
@@ -59,12 +63,17 @@ class GuardAnalysis {
     // means or losing a command: every test is one the editor reads, every test is reachable,
     // nothing else stands in the stretch, and the reading means what the stream does.
     bool editorCanRewrite() const { return editorCanRewrite_; }
+    // Why the condition editor can't rewrite the guard as it is, a reason a line ("command 1
+    // (IFIN2) is a test the condition editor does not write back"); empty when it can.
+    std::vector<std::string> editorLimits() const;
 
     // True when the guard means what `conditions` stands for: every test holds under mAND, one
     // holds under mOR, none under mNOT, not every one under mNOR (rotations are no tests).
     bool means(const ConditionList& conditions) const;
     // True when both guards mean the same.
     bool meansTheSameAs(const GuardAnalysis& other) const;
+    // True when some values of the variables reach the call.
+    bool canHold() const;
 
     // The formula that `conditions` stands for, in the terms this analysis uses.
     static std::string formulaOf(const ConditionList& conditions);
@@ -73,6 +82,12 @@ class GuardAnalysis {
 
   private:
     struct Function;
+    struct Atoms;
+
+    void findGuardedCall(const KeyedCollection<BGLCommand>& commands);
+    Atoms readStretch(const KeyedCollection<BGLCommand>& commands);
+    void followStretch(const KeyedCollection<BGLCommand>& commands, const Atoms& atoms);
+    void readAsTheEditorDoes(const BGLCommandList& list);
 
     int32_t guardedCall_ = 0;
     BGLOpcode callOpcode_ = EOF_;

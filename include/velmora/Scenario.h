@@ -1,5 +1,6 @@
 #pragma once
 
+#include <velmora/SceneryVariables.h>
 #include <velmora/texture.h>
 
 #include <cstdint>
@@ -8,8 +9,8 @@
 
 namespace velmora {
 
-// Our own addition: the values of the scenery variables under which a model's command stream
-// is followed as the simulator would follow it (MDLObject::glGenerateDrawList with a scenario,
+// The values of the scenery variables under which a model's command stream is followed as the
+// simulator would follow it (MDLObject::walk and glGenerateDrawList with a scenario,
 // MDLObject::glDrawView). A test on a range holds when the variable lies in it, a mask test when
 // the variable has a bit of the mask set.
 //
@@ -26,24 +27,18 @@ namespace velmora {
 // SEPARATION_PLANE) and tests of no known meaning hold.
 class Scenario {
   public:
-    static constexpr int32_t kDayOfYear = 906;
-    static constexpr int32_t kComplexity = 798;
-    static constexpr int32_t kTimeOfDay = 652;
-    static constexpr int32_t kDay = 1;
-    static constexpr int32_t kDusk = 2;
-    static constexpr int32_t kNight = 4;
-
     Scenario& set(int32_t variable, int32_t value);
     int32_t value(int32_t variable) const;
-    bool isSet(int32_t variable) const { return values_.count(variable) != 0; }
     // The variables set, with their values.
     const std::map<int32_t, int32_t>& values() const { return values_; }
 
-    Scenario& day(int32_t dayOfYear) { return set(kDayOfYear, dayOfYear); }
+    Scenario& day(int32_t dayOfYear) { return set(variables::kDayOfYear, dayOfYear); }
     // The middle of a season: spring 105, summer 196, autumn 288, winter 15, heavywinter 35.
     Scenario& season(textureVariant season);
-    Scenario& complexity(int32_t level) { return set(kComplexity, level); }
-    Scenario& night(bool atNight = true) { return set(kTimeOfDay, atNight ? kNight : kDay); }
+    Scenario& complexity(int32_t level) { return set(variables::kComplexity, level); }
+    Scenario& night(bool atNight = true) {
+        return set(variables::kTimeOfDay, atNight ? variables::kNight : variables::kDay);
+    }
 
     Scenario& viewingDistance(double metres);
     std::optional<double> viewingDistance() const { return viewingDistance_; }

@@ -25,6 +25,8 @@
 #include <velmora/OpenGLPreviewObject.h>
 #include <velmora/PreviewSurface.h>
 #include <velmora/Scenario.h>
+#include <velmora/SceneryVariables.h>
+#include <velmora/StreamAnalysis.h>
 #include <velmora/TextureList.h>
 #include <velmora/Version.h>
 #include <velmora/Vertex.h>

@@ -1,6 +1,7 @@
 #include <velmora/BGLOpcodeDictionary.h>
 
 #include "foundation/Errors.h"
+#include "foundation/NumberText.h"
 
 #include <initializer_list>
 #include <vector>
@@ -87,6 +88,13 @@ BGLCommandDictEntry BGLOpcodeDictionary::getEntry(int16_t i) const {
 const BGLCommandDictEntry* BGLOpcodeDictionary::row(int32_t opcode) {
     if (opcode < 0 || opcode >= kSlots) return nullptr;
     return &table()[static_cast<std::size_t>(opcode)];
+}
+
+std::string BGLOpcodeDictionary::nameOf(int32_t opcode) {
+    const BGLCommandDictEntry* found = row(opcode);
+    if (found != nullptr && !found->name.empty()) return found->name;
+    if (opcode == IFINF1) return "IFINF1";
+    return "OPCODE " + numbers::formatInteger(opcode);
 }
 
 }  // namespace velmora

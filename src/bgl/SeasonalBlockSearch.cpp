@@ -1,6 +1,7 @@
 #include "bgl/SeasonalBlockSearch.h"
 
 #include <velmora/BGLCommandList.h>
+#include <velmora/SceneryVariables.h>
 
 #include "bgl/CommandSlots.h"
 #include "foundation/Errors.h"
@@ -8,23 +9,15 @@
 
 namespace velmora::detail {
 
-namespace {
-
-constexpr int32_t kSeasonVariable = 906;
-
-bool belongsToSeasonalBlock(const BGLCommand& command) {
-    switch (command.opcode()) {
-        case IFIN1:
-            return CommandSlots::equalsInteger(command, 1, kSeasonVariable);
-        case SET_MATERIAL:
-        case BGL_JUMP_32:
-            return true;
-        default:
-            return false;
-    }
+bool isDayTest(const BGLCommand& command) {
+    return command.opcode() == IFIN1 &&
+           CommandSlots::equalsInteger(command, 1, variables::kDayOfYear);
 }
 
-}  // namespace
+bool belongsToSeasonalBlock(const BGLCommand& command) {
+    const BGLOpcode opcode = command.opcode();
+    return opcode == SET_MATERIAL || opcode == BGL_JUMP_32 || isDayTest(command);
+}
 
 int16_t findSeasonalBlock(const KeyedCollection<BGLCommand>& commands, int16_t texture,
                           bool backwards, int32_t startAt) {

@@ -7,6 +7,11 @@
 
 namespace velmora::detail {
 
+// An IFIN1 on the day of the year (variable 906): the test of a seasonal run.
+bool isDayTest(const BGLCommand& command);
+// What a seasonal block is made of: day tests, SET_MATERIALs and BGL_JUMP_32s.
+bool belongsToSeasonalBlock(const BGLCommand& command);
+
 // The block of seasonal commands around the first SET_MATERIAL at or after `startAt` that
 // selects texture number `texture`: from that match, the run of season tests (IFIN1 on
 // variable 906), SET_MATERIALs and BGL_JUMP_32s is followed towards the start (`backwards`) or

@@ -1,23 +1,12 @@
 #include <velmora/MDLObject.h>
 
-#include "foundation/ByteWriter.h"
+#include "analysis/KillShadow.h"
 #include "foundation/NumberText.h"
 #include "model/SectionIndex.h"
 
 namespace velmora {
 
 namespace {
-
-// A "SHAD" section that draws nothing: an inner "BGL " section whose length field is 0,
-// followed by BGL_END and BGL_RETURN.
-std::string killShadowBytes() {
-    ByteWriter out(12);
-    out.bytes("BGL ");
-    out.int32(0);
-    out.int16(static_cast<int16_t>(BGL_END));
-    out.int16(static_cast<int16_t>(BGL_RETURN));
-    return out.take();
-}
 
 // The section sizes can only be worked out for a model that has been loaded; on any other the
 // shadow operations only set "SHAD" and the next save works the sizes out.
@@ -36,7 +25,7 @@ void MDLObject::removeKillShadow() {
 }
 
 void MDLObject::addKillShadow() {
-    std::string bytes = killShadowBytes();
+    std::string bytes = analysis::killShadowBytes();
     RIFFSection& shadow = sectionTable_[sections::SHAD];
     shadow.size = numbers::narrow32(static_cast<int64_t>(bytes.size()));
     shadow.data = std::move(bytes);

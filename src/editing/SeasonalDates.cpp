@@ -1,6 +1,7 @@
 #include <velmora/MDLObject.h>
 
 #include "bgl/CommandSlots.h"
+#include "bgl/SeasonalBlockSearch.h"
 #include "foundation/Errors.h"
 #include "foundation/NumberText.h"
 
@@ -8,7 +9,6 @@ namespace velmora {
 
 namespace {
 
-constexpr int32_t kDayVariable = 906;
 constexpr int16_t kNoDate = -1;
 constexpr int16_t kAfterEveryDay = 400;
 
@@ -41,7 +41,7 @@ void readSeasonOf(const KeyedCollection<BGLCommand>& commands, const TextureList
     seasons.active[v] = true;
     // The date test, when there is one, stands directly in front of its SET_MATERIAL.
     const std::shared_ptr<BGLCommand> before = commands.Item(i - 1);
-    if (before->opcode() == IFIN1 && CommandSlots::equalsInteger(*before, 1, kDayVariable)) {
+    if (detail::isDayTest(*before)) {
         seasons.dayStart[v] = numbers::textToInt16(before->param(2));
         seasons.dayEnd[v] = numbers::textToInt16(before->param(3));
     } else {

@@ -1,9 +1,8 @@
-#include <velmora/GuardAnalysis.h>
 #include <velmora/MDLObject.h>
+#include <velmora/StreamAnalysis.h>
 #include <velmora/Windows1252.h>
 
 #include "export/GLTFBuilder.h"
-#include "export/GLTFVariants.h"
 #include "foundation/Errors.h"
 #include "foundation/FileSystem.h"
 #include "foundation/GeneralFunctions.h"
@@ -206,8 +205,8 @@ json boxJson(const velmora::BoundingBox& box) {
 
 // What a node of variants is called and what its extras say.
 struct NodeKey {
-    const gltf::SizeBranch* branch = nullptr;
-    const gltf::SeasonVariant* variant = nullptr;
+    const SizeBranch* branch = nullptr;
+    const SeasonalVariant* variant = nullptr;
     bool operator<(const NodeKey& other) const {
         return std::tie(branch, variant) < std::tie(other.branch, other.variant);
     }
@@ -284,22 +283,22 @@ GLTFExport MDLObject::exportGLTF(const std::string& f, const std::string& textur
         gltf::Builder builder;
         Looks looks(*this, builder, textureFolder, summary);
         // Without a scenario, each seasonal variant and each branch of a size test is a node.
-        const gltf::Variants variants(*commandList_);
+        const StreamAnalysis analysis(*commandList_);
         std::map<NodeKey, NodeMesh> nodes;
         for (const auto& triangle : geometry.triangles()) {
             const auto& surface = geometry.surfaces()[triangle.surface];
             NodeKey key;
-            const gltf::SeasonRun* run = nullptr;
+            const SeasonalRun* run = nullptr;
             if (!scenario) {
-                key.branch = variants.branchOf(triangle.command);
-                run = variants.runOf(surface.setAt);
+                key.branch = analysis.branchOf(triangle.command);
+                run = analysis.runOf(surface.setAt);
             }
-            if (run == nullptr) {
+            if (run == nullptr || run->variants.size() < 2) {
                 nodes[key].add(triangle, looks.material(surface.material, surface.texture),
                                summary);
                 continue;
             }
-            for (const gltf::SeasonVariant& variant : run->variants) {
+            for (const SeasonalVariant& variant : run->variants) {
                 key.variant = &variant;
                 nodes[key].add(triangle, looks.material(variant.material, variant.texture),
                                summary);
@@ -320,7 +319,7 @@ GLTFExport MDLObject::exportGLTF(const std::string& f, const std::string& textur
 
         const std::string name = mdlPath_.empty() ? std::string("model")
                                                   : std::filesystem::path(mdlPath_).stem().string();
-        const GuardAnalysis guard(*commandList_);
+        const GuardAnalysis& guard = analysis.guard();
         json extras{{"model", utf8FromWindows1252(name)},
                     {"isft", utf8FromWindows1252(getISFT())},
                     {"guard", guard.guardedCall() == 0 ? json(nullptr) : json(guard.formula())},
@@ -329,7 +328,7 @@ GLTFExport MDLObject::exportGLTF(const std::string& f, const std::string& textur
         if (scenario) {
             json values = json::object();
             for (const int32_t variable :
-                 {Scenario::kDayOfYear, Scenario::kComplexity, Scenario::kTimeOfDay}) {
+                 {variables::kDayOfYear, variables::kComplexity, variables::kTimeOfDay}) {
                 values[std::to_string(variable)] = scenario->value(variable);
             }
             for (const auto& [variable, value] : scenario->values())

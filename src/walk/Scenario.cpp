@@ -11,30 +11,19 @@ int32_t Scenario::value(int32_t variable) const {
     const auto found = values_.find(variable);
     if (found != values_.end()) return found->second;
     switch (variable) {
-        case kDayOfYear:
+        case variables::kDayOfYear:
             return 172;
-        case kComplexity:
+        case variables::kComplexity:
             return 5;
-        case kTimeOfDay:
-            return kDay;
+        case variables::kTimeOfDay:
+            return variables::kDay;
         default:
             return 0;
     }
 }
 
 Scenario& Scenario::season(textureVariant season) {
-    switch (season) {
-        case spring:
-            return day(105);
-        case autumn:
-            return day(288);
-        case winter:
-            return day(15);
-        case heavywinter:
-            return day(35);
-        default:
-            return day(196);
-    }
+    return day(seasonOf(season).middleDay);
 }
 
 Scenario& Scenario::viewingDistance(double metres) {

@@ -3,7 +3,7 @@
 #include <velmora/Scenario.h>
 
 #include "bgl/CommandSlots.h"
-#include "bgl/StreamTests.h"
+#include "analysis/StreamTests.h"
 #include "foundation/Errors.h"
 #include "foundation/Host.h"
 #include "foundation/NumberText.h"
@@ -24,7 +24,6 @@ constexpr double kPixelsPerUnit = 665.1;
 // A walk longer than this many steps per command loops; deeper calls than this recurse.
 constexpr int64_t kStepsPerCommand = 64;
 constexpr std::size_t kDeepestCalls = 1024;
-constexpr double kRotateWithWind = 3188;
 
 bool holds(const detail::TestReading& test, const Scenario& scenario) {
     switch (test.kind) {
@@ -53,7 +52,7 @@ walk::Transform spriteTurn(const BGLCommand& call, const Scenario& scenario) {
             return 0.0;
         }
     };
-    if (number(9) == kRotateWithWind)
+    if (number(9) == variables::kWindHeading)
         return walk::Transform::turnAboutVertical(scenario.windHeading());
     if (number(6) == 1 && scenario.viewerHeading()) {
         return walk::Transform::turnAboutVertical(*scenario.viewerHeading());

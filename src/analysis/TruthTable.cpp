@@ -1,11 +1,11 @@
-#include "editing/TruthTable.h"
+#include "analysis/TruthTable.h"
 
 #include <algorithm>
 #include <bit>
 #include <set>
 #include <utility>
 
-namespace velmora::editing {
+namespace velmora::analysis {
 
 namespace {
 
@@ -203,4 +203,4 @@ bool TruthTable::sameFunction(const TruthTable& other) const {
     return true;
 }
 
-}  // namespace velmora::editing
+}  // namespace velmora::analysis

@@ -1,4 +1,4 @@
-#include "bgl/StreamTests.h"
+#include "analysis/StreamTests.h"
 
 #include <velmora/BGLOpcodeDictionary.h>
 
@@ -10,17 +10,10 @@ namespace velmora::detail {
 
 namespace {
 
-std::string opcodeName(int32_t opcode) {
-    const BGLCommandDictEntry* row = BGLOpcodeDictionary::row(opcode);
-    if (row != nullptr && !row->name.empty()) return row->name;
-    if (opcode == IFINF1) return "IFINF1";
-    return "OPCODE " + numbers::formatInteger(opcode);
-}
-
 // Every parameter behind the jump, for the tests whose parameters are only shown.
 std::string withParameters(const BGLCommand& command) {
     const BGLCommandDictEntry* row = BGLOpcodeDictionary::row(command.opcode());
-    std::string text = opcodeName(command.opcode()) + "(";
+    std::string text = BGLOpcodeDictionary::nameOf(command.opcode()) + "(";
     const int count = row != nullptr ? row->numParam : 0;
     for (int16_t i = 1; i < count; ++i) {
         if (i > 1) text += ", ";

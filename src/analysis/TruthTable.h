@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace velmora::editing {
+namespace velmora::analysis {
 
 // A boolean function of a few named atoms, held as its value in every row of the truth table:
 // row r gives atom i the value of bit i of r.
@@ -43,4 +43,4 @@ class TruthTable {
     std::vector<uint8_t> rows_;
 };
 
-}  // namespace velmora::editing
+}  // namespace velmora::analysis

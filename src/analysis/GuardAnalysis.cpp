@@ -2,21 +2,23 @@
 
 #include <velmora/BGLCommandList.h>
 #include <velmora/ConditionList.h>
+#include <velmora/SceneryVariables.h>
 
+#include "analysis/ConditionReading.h"
+#include "analysis/StreamTests.h"
+#include "analysis/TruthTable.h"
 #include "bgl/CommandSlots.h"
-#include "bgl/StreamTests.h"
-#include "editing/TruthTable.h"
 #include "foundation/Errors.h"
 #include "foundation/NumberText.h"
 
 #include <algorithm>
-#include <map>
+#include <unordered_map>
 
 namespace velmora {
 
 namespace {
 
-using editing::TruthTable;
+using analysis::TruthTable;
 
 // An atom's text and the text of its negation.
 struct Term {
@@ -46,6 +48,8 @@ struct ConditionFunction {
     std::vector<Term> terms;
 };
 
+// The function a condition list stands for: its tests are atoms (equal ones shared), combined as
+// its multiCondition says.
 ConditionFunction functionOf(const ConditionList& conditions) {
     ConditionFunction out;
     std::vector<std::string> atoms;
@@ -80,77 +84,99 @@ ConditionFunction functionOf(const ConditionList& conditions) {
     return out;
 }
 
+// "wind" or "user" for a SPRITE_VICALL that turns what it calls; "" otherwise.
+std::string rotationOf(const BGLCommand& call) {
+    const auto number = [&call](int index) {
+        try {
+            return detail::CommandSlots::number(call, index);
+        } catch (const Error&) {
+            return 0.0;
+        }
+    };
+    if (number(9) == variables::kWindHeading) return "wind";
+    if (number(6) == 1) return "user";
+    return "";
+}
+
+const BGLCommand& at(const KeyedCollection<BGLCommand>& commands, int32_t position) {
+    return *commands.at0(static_cast<std::size_t>(position - 1));
+}
+
+std::string commandNamed(int32_t position, BGLOpcode opcode) {
+    return "command " + std::to_string(position) + " (" + BGLOpcodeDictionary::nameOf(opcode) +
+           ")";
+}
+
 }  // namespace
 
 struct GuardAnalysis::Function {
     TruthTable table;
 };
 
+// The tests of the stretch as atoms of the formula: equal tests share one.
+struct GuardAnalysis::Atoms {
+    std::vector<std::string> names;
+    std::vector<Term> terms;
+    std::unordered_map<int32_t, std::size_t> atAt;  // position of a test -> its atom
+};
+
 GuardAnalysis::~GuardAnalysis() = default;
+GuardAnalysis::GuardAnalysis(GuardAnalysis&&) noexcept = default;
+GuardAnalysis& GuardAnalysis::operator=(GuardAnalysis&&) noexcept = default;
 
 GuardAnalysis::GuardAnalysis(const BGLCommandList& list) : function_(std::make_unique<Function>()) {
-    const auto& commands = list.commands();
-    const auto count = static_cast<int32_t>(commands.Count());
-    const auto at = [&commands](int32_t position) -> const BGLCommand& {
-        return *commands.at0(static_cast<std::size_t>(position - 1));
-    };
-    for (int32_t p = 1; p <= count; ++p) {
-        const BGLOpcode opcode = at(p).opcode();
-        if (opcode == BGL_CALL_32 || opcode == SPRITE_VICALL) {
-            guardedCall_ = p;
-            callOpcode_ = opcode;
-            break;
-        }
-    }
+    const KeyedCollection<BGLCommand>& commands = list.commands();
+    findGuardedCall(commands);
     if (guardedCall_ == 0) {
         workedOut_ = false;
         return;
     }
-    if (callOpcode_ == SPRITE_VICALL) {
-        const BGLCommand& call = at(guardedCall_);
-        const auto number = [&call](int16_t index) {
-            try {
-                return numbers::parseNumber(call.param(index));
-            } catch (const Error&) {
-                return 0.0;
-            }
-        };
-        if (number(9) == 3188) {
-            rotation_ = "wind";
-        } else if (number(6) == 1) {
-            rotation_ = "user";
-        }
+    const Atoms atoms = readStretch(commands);
+    if (atoms.names.size() > TruthTable::kMostAtoms) {
+        workedOut_ = false;
+        formula_ = "a guard of " +
+                   numbers::formatGrouped(static_cast<int64_t>(atoms.names.size())) +
+                   " different tests";
+        return;
     }
+    followStretch(commands, atoms);
+    readAsTheEditorDoes(list);
+}
 
-    // The tests of the stretch, each an atom; equal tests share one.
-    std::vector<std::string> atoms;
-    std::vector<Term> terms;
-    std::map<int32_t, std::size_t> atomAt;  // position of a test -> its atom
+void GuardAnalysis::findGuardedCall(const KeyedCollection<BGLCommand>& commands) {
+    for (int32_t p = 1; p <= commands.Count(); ++p) {
+        const BGLOpcode opcode = at(commands, p).opcode();
+        if (opcode != BGL_CALL_32 && opcode != SPRITE_VICALL) continue;
+        guardedCall_ = p;
+        callOpcode_ = opcode;
+        if (opcode == SPRITE_VICALL) rotation_ = rotationOf(at(commands, p));
+        return;
+    }
+}
+
+GuardAnalysis::Atoms GuardAnalysis::readStretch(const KeyedCollection<BGLCommand>& commands) {
+    Atoms atoms;
     for (int32_t p = 1; p < guardedCall_; ++p) {
-        const BGLCommand& command = at(p);
-        const BGLOpcode opcode = command.opcode();
+        const BGLOpcode opcode = at(commands, p).opcode();
         if (detail::isTest(opcode)) {
-            const detail::TestReading reading = detail::readTest(command);
-            auto found = std::find(atoms.begin(), atoms.end(), reading.text);
-            if (found == atoms.end()) {
-                atoms.push_back(reading.text);
-                terms.push_back({reading.text, reading.negated});
-                found = std::prev(atoms.end());
+            const detail::TestReading reading = detail::readTest(at(commands, p));
+            auto found = std::find(atoms.names.begin(), atoms.names.end(), reading.text);
+            if (found == atoms.names.end()) {
+                atoms.names.push_back(reading.text);
+                atoms.terms.push_back({reading.text, reading.negated});
+                found = std::prev(atoms.names.end());
             }
-            atomAt[p] = static_cast<std::size_t>(found - atoms.begin());
+            atoms.atAt[p] = static_cast<std::size_t>(found - atoms.names.begin());
             tests_.push_back({p, opcode, reading.text, false, opcode == IFIN1 || opcode == IFMSK});
         } else if (!detail::isPlainJump(opcode)) {
             others_.push_back({p, opcode});
         }
     }
-    if (atoms.size() > TruthTable::kMostAtoms) {
-        workedOut_ = false;
-        formula_ = "a guard of " + numbers::formatGrouped(static_cast<int64_t>(atoms.size())) +
-                   " different tests";
-        return;
-    }
+    return atoms;
+}
 
-    // Follows the stream under each assignment of the tests; a walk that loops never arrives.
+// Follows the stream under each assignment of the atoms; a walk that loops never arrives.
+void GuardAnalysis::followStretch(const KeyedCollection<BGLCommand>& commands, const Atoms& atoms) {
     std::vector<uint8_t> visited(static_cast<std::size_t>(guardedCall_) + 1, 0);
     const int64_t mostSteps = 2 * int64_t{guardedCall_} + 16;
     const auto reaches = [&](uint32_t row) {
@@ -159,10 +185,10 @@ GuardAnalysis::GuardAnalysis(const BGLCommandList& list) : function_(std::make_u
             if (p == guardedCall_) return true;
             if (p < 1 || p > guardedCall_) return false;
             visited[static_cast<std::size_t>(p)] = 1;
-            const BGLCommand& command = at(p);
+            const BGLCommand& command = at(commands, p);
             const BGLOpcode opcode = command.opcode();
             if (detail::isTest(opcode)) {
-                const bool holds = ((row >> atomAt[p]) & 1u) != 0;
+                const bool holds = ((row >> atoms.atAt.at(p)) & 1u) != 0;
                 p = holds ? p + 1 : detail::CommandSlots::jump(command, 0);
             } else if (detail::isPlainJump(opcode)) {
                 p = detail::CommandSlots::jump(command, 0);
@@ -174,15 +200,16 @@ GuardAnalysis::GuardAnalysis(const BGLCommandList& list) : function_(std::make_u
         }
         return false;
     };
-    function_->table = TruthTable::of(atoms, reaches);
-    formula_ = formulaText(function_->table, terms);
+    function_->table = TruthTable::of(atoms.names, reaches);
+    formula_ = formulaText(function_->table, atoms.terms);
     for (Test& test : tests_)
         test.reachable = visited[static_cast<std::size_t>(test.position)] != 0;
+}
 
+void GuardAnalysis::readAsTheEditorDoes(const BGLCommandList& list) {
     bool readable = true;
     try {
-        const std::shared_ptr<ConditionList> reading = list.getConditions(-1);
-        const ConditionFunction editor = functionOf(*reading);
+        const ConditionFunction editor = functionOf(*analysis::readConditions(list));
         editorFormula_ = formulaText(editor.table, editor.terms);
         readable = editor.table.sameFunction(function_->table);
     } catch (const Error&) {
@@ -194,6 +221,29 @@ GuardAnalysis::GuardAnalysis(const BGLCommandList& list) : function_(std::make_u
                                     [](const Test& t) { return t.editable && t.reachable; });
 }
 
+std::vector<std::string> GuardAnalysis::editorLimits() const {
+    if (guardedCall_ == 0) return {"the stream has no guarded call"};
+    std::vector<std::string> limits;
+    if (!workedOut_) limits.push_back("the guard holds too many different tests");
+    for (const Test& test : tests_) {
+        if (!test.editable) {
+            limits.push_back(commandNamed(test.position, test.opcode) +
+                             " is a test the condition editor does not write back");
+        } else if (!test.reachable) {
+            limits.push_back(commandNamed(test.position, test.opcode) + " can never be reached");
+        }
+    }
+    for (const Other& other : others_) {
+        limits.push_back(commandNamed(other.position, other.opcode) +
+                         " stands in front of the call and would be removed");
+    }
+    if (workedOut_ && limits.empty() && !editorCanRewrite_) {
+        limits.push_back("the condition editor reads it as \"" + editorFormula_ +
+                         "\", which means something else");
+    }
+    return limits;
+}
+
 bool GuardAnalysis::means(const ConditionList& conditions) const {
     if (!workedOut_) return false;
     return functionOf(conditions).table.sameFunction(function_->table);
@@ -202,6 +252,10 @@ bool GuardAnalysis::means(const ConditionList& conditions) const {
 bool GuardAnalysis::meansTheSameAs(const GuardAnalysis& other) const {
     if (!workedOut_ || !other.workedOut_) return formula_ == other.formula_;
     return function_->table.sameFunction(other.function_->table);
+}
+
+bool GuardAnalysis::canHold() const {
+    return !workedOut_ || !function_->table.never();
 }
 
 std::string GuardAnalysis::termOf(const BGLCommand& test) {
