@@ -33,4 +33,8 @@ class BGLObject {
     std::shared_ptr<XMLBGLSectionList> sections_;
 };
 
+// The 16 bytes of a GUID as it is written, "{7C8A1E2B-0D4F-4E11-9A2B-00C04FD430C8}" (the first
+// three fields little-endian); "" for anything but 16 bytes, and for 16 zeros (no GUID).
+std::string guidText(const std::string& bytes);
+
 }  // namespace velmora

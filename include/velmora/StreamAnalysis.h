@@ -17,7 +17,7 @@ class MDLObject;
 // One texture of a seasonal run: shown on the days of the day test in front of its SET_MATERIAL,
 // or, without one, the run's default on the days no other variant claims.
 struct SeasonalVariant {
-    int32_t position = 0;  // the SET_MATERIAL
+    int32_t position = 0;   // the SET_MATERIAL
     int32_t material = -1;  // 0-based, as the command names it; -1 when it is no number
     int32_t texture = -1;   // 0-based; -1 for none
     int32_t firstDay = -1;  // -1 for the run's default
@@ -68,7 +68,7 @@ struct LightReport {
     };
     int32_t position = 0;
     int32_t type = 0;
-    std::array<double, 3> at{};  // in the model's axes; NaN where a parameter is no number
+    std::array<double, 3> at{};      // in the model's axes; NaN where a parameter is no number
     std::optional<uint32_t> colour;  // 0xAARRGGBB
     std::vector<Guard> guards;
 };

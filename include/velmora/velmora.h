@@ -20,6 +20,7 @@
 #include <velmora/MDLHeader.h>
 #include <velmora/MDLObject.h>
 #include <velmora/MaterialList.h>
+#include <velmora/ModelEdit.h>
 #include <velmora/ModelList.h>
 #include <velmora/OpenFlightWriter.h>
 #include <velmora/OpenGLPreviewObject.h>

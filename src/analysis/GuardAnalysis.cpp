@@ -103,8 +103,7 @@ const BGLCommand& at(const KeyedCollection<BGLCommand>& commands, int32_t positi
 }
 
 std::string commandNamed(int32_t position, BGLOpcode opcode) {
-    return "command " + std::to_string(position) + " (" + BGLOpcodeDictionary::nameOf(opcode) +
-           ")";
+    return "command " + std::to_string(position) + " (" + BGLOpcodeDictionary::nameOf(opcode) + ")";
 }
 
 }  // namespace

@@ -42,8 +42,8 @@ double numberOr(const BGLCommand& command, int index, double otherwise) {
 
 SeasonalVariant variantAt(const KeyedCollection<BGLCommand>& commands, int32_t position) {
     const BGLCommand& set = at(commands, position);
-    SeasonalVariant variant{position, integerOr(set, 0, -1), integerOr(set, 1, -1), -1, -1,
-                            "no other variant's day"};
+    SeasonalVariant variant{position, integerOr(set, 0, -1),   integerOr(set, 1, -1), -1,
+                            -1,       "no other variant's day"};
     if (position > 1 && detail::isDayTest(at(commands, position - 1))) {
         const BGLCommand& test = at(commands, position - 1);
         variant.firstDay = integerOr(test, 2, -1);
@@ -55,8 +55,9 @@ SeasonalVariant variantAt(const KeyedCollection<BGLCommand>& commands, int32_t p
 
 SizeTest sizeTestAt(const BGLCommand& command, int32_t position) {
     const detail::TestReading reading = detail::readTest(command);
-    return {position,     command.opcode(), reading.size, reading.pixels,
-            CommandSlots::jump(command, 0), reading.text};
+    return {
+        position,    command.opcode(), reading.size, reading.pixels, CommandSlots::jump(command, 0),
+        reading.text};
 }
 
 }  // namespace
@@ -172,9 +173,9 @@ void StreamAnalysis::readLight(const BGLCommandList& list, int32_t position) {
 }
 
 const SeasonalRun* StreamAnalysis::runOf(int32_t position) const {
-    const auto after = std::upper_bound(
-        runs_.begin(), runs_.end(), position,
-        [](int32_t p, const SeasonalRun& run) { return p < run.first; });
+    const auto after =
+        std::upper_bound(runs_.begin(), runs_.end(), position,
+                         [](int32_t p, const SeasonalRun& run) { return p < run.first; });
     if (after == runs_.begin()) return nullptr;
     const SeasonalRun& run = *std::prev(after);
     return position <= run.last ? &run : nullptr;

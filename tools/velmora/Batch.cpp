@@ -1,12 +1,8 @@
 #include "Batch.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
-#include <cstdio>
 #include <filesystem>
 #include <iomanip>
 #include <iostream>
@@ -19,6 +15,7 @@ namespace tool {
 namespace {
 
 namespace stdfs = std::filesystem;
+using Clock = std::chrono::steady_clock;
 
 // A link that leads out of `root`, or anywhere when links aren't followed.
 bool leavesTree(const stdfs::directory_entry& entry, const stdfs::path& root, bool followLinks) {
@@ -31,18 +28,31 @@ bool leavesTree(const stdfs::directory_entry& entry, const stdfs::path& root, bo
     return code || mismatch.first != base.end();
 }
 
-}  // namespace
-
-void addBatchOptions(CLI::App& command, BatchOptions& options) {
-    command.add_option("--jobs", options.jobs, "Files worked on at once (default: every core)");
-    command.add_flag("--fail-fast", options.failFast, "Stop at the first file that fails");
-    command.add_flag("--follow-links", options.followLinks,
-                     "Follow links in folders (links out of a folder are passed over otherwise)");
-}
-
-bool isBatch(const std::vector<std::string>& inputs) {
+// The files of a folder whose extension is one of `extensions`, sorted by path.
+std::vector<BatchInput> searchFolder(const std::string& folder, const BatchOptions& options,
+                                     const std::vector<std::string>& extensions) {
+    std::vector<BatchInput> found;
     std::error_code code;
-    return inputs.size() > 1 || (inputs.size() == 1 && stdfs::is_directory(inputs[0], code));
+    const auto follow = options.followLinks ? stdfs::directory_options::follow_directory_symlink
+                                            : stdfs::directory_options::none;
+    for (auto it = stdfs::recursive_directory_iterator(folder, follow, code);
+         !code && it != stdfs::recursive_directory_iterator(); it.increment(code)) {
+        if (leavesTree(*it, folder, options.followLinks)) {
+            it.disable_recursion_pending();
+            continue;
+        }
+        const std::string extension = lowercase(it->path().extension().string());
+        if (!it->is_regular_file() ||
+            std::find(extensions.begin(), extensions.end(), extension) == extensions.end()) {
+            continue;
+        }
+        found.push_back(
+            {it->path().string(), stdfs::relative(it->path(), folder).generic_string()});
+    }
+    if (code) throw ToolError(folder, "can't be searched: " + code.message());
+    std::sort(found.begin(), found.end(),
+              [](const BatchInput& a, const BatchInput& b) { return a.relative < b.relative; });
+    return found;
 }
 
 std::vector<BatchInput> gatherInputs(const BatchOptions& options,
@@ -55,38 +65,10 @@ std::vector<BatchInput> gatherInputs(const BatchOptions& options,
             inputs.push_back({argument, stdfs::path(argument).filename().string()});
             continue;
         }
-        std::vector<BatchInput> found;
-        const auto follow = options.followLinks ? stdfs::directory_options::follow_directory_symlink
-                                                : stdfs::directory_options::none;
-        for (auto it = stdfs::recursive_directory_iterator(argument, follow, code);
-             !code && it != stdfs::recursive_directory_iterator(); it.increment(code)) {
-            if (leavesTree(*it, argument, options.followLinks)) {
-                it.disable_recursion_pending();
-                continue;
-            }
-            if (!it->is_regular_file()) continue;
-            const std::string extension = lowercase(it->path().extension().string());
-            if (std::find(extensions.begin(), extensions.end(), extension) == extensions.end()) {
-                continue;
-            }
-            found.push_back(
-                {it->path().string(), stdfs::relative(it->path(), argument).generic_string()});
-        }
-        if (code) throw ToolError(argument, "can't be searched: " + code.message());
-        std::sort(found.begin(), found.end(),
-                  [](const BatchInput& a, const BatchInput& b) { return a.relative < b.relative; });
+        const std::vector<BatchInput> found = searchFolder(argument, options, extensions);
         inputs.insert(inputs.end(), found.begin(), found.end());
     }
     return inputs;
-}
-
-std::string outputFor(const std::string& folder, const BatchInput& input,
-                      const std::string& extension) {
-    stdfs::path relative(input.relative);
-    relative.replace_extension(extension);
-    const stdfs::path path = stdfs::path(folder) / relative;
-    if (path.has_parent_path()) prepareOutputFolder(path.parent_path().string());
-    return path.string();
 }
 
 FileResult::Failure failureOf(const std::exception_ptr& error, const std::string& file) {
@@ -115,116 +97,188 @@ FileResult::Failure failureOf(const std::exception_ptr& error, const std::string
     return failure;
 }
 
-int runBatch(const std::string& command, const std::vector<BatchInput>& inputs,
-             const BatchOptions& options, bool asJson,
-             const std::function<FileResult(const BatchInput&)>& work) {
-    const auto started = std::chrono::steady_clock::now();
-    const unsigned cores = std::max(1u, std::thread::hardware_concurrency());
-    const std::size_t jobs =
-        std::min<std::size_t>(options.jobs > 0 ? static_cast<std::size_t>(options.jobs) : cores,
-                              std::max<std::size_t>(inputs.size(), 1));
+void sayWarnings(const std::string& command, const FileResult& result) {
+    for (const std::string& warning : result.warnings)
+        std::cerr << "velmora " << command << ": warning: " << warning << "\n";
+}
 
-    std::mutex mutex;
-    std::vector<std::optional<FileResult>> results(inputs.size());
-    std::size_t nextToPrint = 0;
-    std::atomic<std::size_t> nextToTake{0};
-    std::atomic<bool> stopping{false};
-    int64_t files = 0, models = 0, bytes = 0;
-    std::vector<std::pair<std::string, std::string>> failures;  // file, message
-    const bool terminal = isatty(fileno(stderr)) != 0;
-    auto lastProgress = started;
+// A run of many files on several jobs, printing each file's output in the order of the inputs.
+class BatchRun {
+  public:
+    BatchRun(std::string command, std::vector<BatchInput> inputs, const BatchOptions& options,
+             bool asJson)
+        : command_(std::move(command)),
+          inputs_(std::move(inputs)),
+          options_(options),
+          asJson_(asJson),
+          results_(inputs_.size()) {}
 
-    const auto progress = [&](bool last) {
-        const auto now = std::chrono::steady_clock::now();
-        if (!terminal || (!last && now - lastProgress < std::chrono::milliseconds(100))) return;
-        lastProgress = now;
-        const double seconds = std::chrono::duration<double>(now - started).count();
-        std::ostringstream line;
-        line << "\r" << files << "/" << inputs.size() << " files, " << models << " models, "
-             << std::fixed << std::setprecision(1)
-             << (seconds > 0 ? static_cast<double>(bytes) / (1 << 20) / seconds : 0.0) << " MiB/s, "
-             << failures.size() << " failed\x1b[K";
-        std::cerr << line.str() << (last ? "\n" : "") << std::flush;
-    };
+    int run(const std::function<FileResult(const BatchInput&)>& work) {
+        const unsigned cores = std::max(1u, std::thread::hardware_concurrency());
+        jobs_ = std::min<std::size_t>(
+            options_.jobs > 0 ? static_cast<std::size_t>(options_.jobs) : cores,
+            std::max<std::size_t>(inputs_.size(), 1));
+        std::vector<std::thread> threads;
+        for (std::size_t j = 1; j < jobs_; ++j)
+            threads.emplace_back([&] { takeFiles(work); });
+        takeFiles(work);
+        for (std::thread& thread : threads)
+            thread.join();
+        const std::lock_guard lock(mutex_);
+        printReady();
+        showProgress(true);
+        return finish();
+    }
 
-    // Prints the results that are ready in input order; holds the lock.
-    const auto printReady = [&] {
-        while (nextToPrint < results.size() && results[nextToPrint]) {
-            FileResult& result = *results[nextToPrint];
-            for (const std::string& line : result.lines)
-                std::cout << line << "\n";
-            ++files;
-            models += result.models;
-            bytes += result.bytes;
-            if (result.failure) {
-                failures.emplace_back(inputs[nextToPrint].path, result.failure->message);
-                if (asJson) std::cout << json{{"failure", result.failure->error}}.dump() << "\n";
-            }
-            std::cout.flush();
-            results[nextToPrint].reset();  // printed: nothing of it is kept
-            ++nextToPrint;
-        }
-        progress(false);
-    };
-
-    const auto worker = [&] {
-        for (;;) {
-            if (stopping) return;
-            const std::size_t index = nextToTake.fetch_add(1);
-            if (index >= inputs.size()) return;
+  private:
+    void takeFiles(const std::function<FileResult(const BatchInput&)>& work) {
+        while (!stopping_) {
+            const std::size_t index = nextToTake_.fetch_add(1);
+            if (index >= inputs_.size()) return;
             FileResult result;
             try {
-                result = work(inputs[index]);
+                result = work(inputs_[index]);
             } catch (...) {
-                result.failure = failureOf(std::current_exception(), inputs[index].path);
+                result.failure = failureOf(std::current_exception(), inputs_[index].path);
             }
-            if (result.failure && options.failFast) stopping = true;
-            const std::lock_guard lock(mutex);
-            results[index] = std::move(result);
+            if (result.failure && options_.failFast) stopping_ = true;
+            const std::lock_guard lock(mutex_);
+            results_[index] = std::move(result);
             printReady();
         }
-    };
-    std::vector<std::thread> threads;
-    for (std::size_t j = 1; j < jobs; ++j)
-        threads.emplace_back(worker);
-    worker();
-    for (std::thread& thread : threads)
-        thread.join();
-    {
-        const std::lock_guard lock(mutex);
-        printReady();
-        progress(true);
     }
 
-    const double seconds =
-        std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
-    if (asJson) {
-        std::cout << json{{"summary",
-                           {{"files", files},
-                            {"models", models},
-                            {"bytes", bytes},
-                            {"failures", failures.size()},
-                            {"seconds", seconds},
-                            {"jobs", jobs},
-                            {"peakHeapBytes", peakHeapBytes()}}}}
-                         .dump()
-                  << "\n";
-    } else {
-        std::cout << files << " file(s), " << models << " model(s), " << bytes << " bytes, "
-                  << failures.size() << " failed, " << std::fixed << std::setprecision(2) << seconds
-                  << " s\n";
+    // Prints the results that are ready in input order; holds the lock.
+    void printReady() {
+        while (nextToPrint_ < results_.size() && results_[nextToPrint_]) {
+            const FileResult& result = *results_[nextToPrint_];
+            sayWarnings(command_, result);
+            if (asJson_) {
+                for (const json& record : result.records)
+                    std::cout << record.dump() << "\n";
+            } else if (!result.text.empty()) {
+                std::cout << result.text << "\n";
+            }
+            ++files_;
+            models_ += result.models;
+            bytes_ += result.bytes;
+            if (result.failure) {
+                failures_.emplace_back(inputs_[nextToPrint_].path, result.failure->message);
+                if (asJson_) std::cout << json{{"failure", result.failure->error}}.dump() << "\n";
+            }
+            std::cout.flush();
+            results_[nextToPrint_].reset();  // printed: nothing of it is kept
+            ++nextToPrint_;
+        }
+        showProgress(false);
     }
-    std::cout.flush();
-    if (failures.empty()) return 0;
-    std::cerr << "velmora " << command << ": " << failures.size() << " of " << files
-              << " file(s) failed"
-              << (files < static_cast<int64_t>(inputs.size())
-                      ? " (stopped at the first: --fail-fast)"
-                      : "")
-              << ":\n";
-    for (const auto& [file, message] : failures)
-        std::cerr << "  " << file << ": " << message << "\n";
-    return 1;
+
+    void showProgress(bool last) {
+        const auto now = Clock::now();
+        if (!terminal_ || (!last && now - lastProgress_ < std::chrono::milliseconds(100))) return;
+        lastProgress_ = now;
+        const double seconds = std::chrono::duration<double>(now - started_).count();
+        std::ostringstream line;
+        line << "\r" << files_ << "/" << inputs_.size() << " files, " << models_ << " models, "
+             << std::fixed << std::setprecision(1)
+             << (seconds > 0 ? static_cast<double>(bytes_) / (1 << 20) / seconds : 0.0)
+             << " MiB/s, " << failures_.size() << " failed\x1b[K";
+        std::cerr << line.str() << (last ? "\n" : "") << std::flush;
+    }
+
+    // The summary, and the failures on standard error; gives the exit status.
+    int finish() {
+        const double seconds = std::chrono::duration<double>(Clock::now() - started_).count();
+        if (asJson_) {
+            std::cout << json{{"summary",
+                               {{"files", files_},
+                                {"models", models_},
+                                {"bytes", bytes_},
+                                {"failures", failures_.size()},
+                                {"seconds", seconds},
+                                {"jobs", jobs_},
+                                {"peakHeapBytes", peakHeapBytes()}}}}
+                             .dump()
+                      << "\n";
+        } else {
+            std::cout << files_ << " file(s), " << models_ << " model(s), " << bytes_ << " bytes, "
+                      << failures_.size() << " failed, " << std::fixed << std::setprecision(2)
+                      << seconds << " s\n";
+        }
+        std::cout.flush();
+        if (failures_.empty()) return 0;
+        std::cerr << "velmora " << command_ << ": " << failures_.size() << " of " << files_
+                  << " file(s) failed"
+                  << (files_ < static_cast<int64_t>(inputs_.size())
+                          ? " (stopped at the first: --fail-fast)"
+                          : "")
+                  << ":\n";
+        for (const auto& [file, message] : failures_)
+            std::cerr << "  " << file << ": " << message << "\n";
+        return 1;
+    }
+
+    const std::string command_;
+    const std::vector<BatchInput> inputs_;
+    const BatchOptions& options_;
+    const bool asJson_;
+    const bool terminal_ = standardErrorIsTerminal();
+    const Clock::time_point started_ = Clock::now();
+    Clock::time_point lastProgress_ = started_;
+    std::size_t jobs_ = 1;
+    std::mutex mutex_;
+    std::vector<std::optional<FileResult>> results_;
+    std::size_t nextToPrint_ = 0;
+    std::atomic<std::size_t> nextToTake_{0};
+    std::atomic<bool> stopping_{false};
+    int64_t files_ = 0, models_ = 0, bytes_ = 0;
+    std::vector<std::pair<std::string, std::string>> failures_;  // file, message
+};
+
+// A file given alone: its failure goes to the caller, its output is printed as it is.
+void runAlone(const std::string& command, const BatchInput& input, bool asJson,
+              const std::function<FileResult(const BatchInput&)>& work) {
+    const FileResult result = work(input);
+    sayWarnings(command, result);
+    if (asJson && !result.document.is_null()) {
+        std::cout << result.document.dump(2) << "\n";
+        return;
+    }
+    if (result.text.empty()) return;
+    (result.textToStandardError ? std::cerr : std::cout)
+        << result.text << (result.text.back() == '\n' ? "" : "\n");
+}
+
+}  // namespace
+
+void addBatchOptions(CLI::App& command, BatchOptions& options) {
+    command.add_option("--jobs", options.jobs, "Files worked on at once (default: every core)");
+    command.add_flag("--fail-fast", options.failFast, "Stop at the first file that fails");
+    command.add_flag("--follow-links", options.followLinks,
+                     "Follow links in folders (links out of a folder are passed over otherwise)");
+}
+
+bool isBatch(const std::vector<std::string>& inputs) {
+    std::error_code code;
+    return inputs.size() > 1 || (inputs.size() == 1 && stdfs::is_directory(inputs[0], code));
+}
+
+void runFiles(const std::string& command, const BatchOptions& options, bool asJson,
+              const std::vector<std::string>& extensions,
+              const std::function<FileResult(const BatchInput&)>& work) {
+    std::vector<BatchInput> inputs = gatherInputs(options, extensions);
+    if (!isBatch(options.inputs)) return runAlone(command, inputs.front(), asJson, work);
+    const int status = BatchRun(command, std::move(inputs), options, asJson).run(work);
+    if (status != 0) throw ExitStatus{status};
+}
+
+std::string outputFor(const std::string& folder, const BatchInput& input,
+                      const std::string& extension) {
+    stdfs::path relative(input.relative);
+    relative.replace_extension(extension);
+    const stdfs::path path = stdfs::path(folder) / relative;
+    if (path.has_parent_path()) prepareOutputFolder(path.parent_path().string());
+    return path.string();
 }
 
 }  // namespace tool

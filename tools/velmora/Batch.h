@@ -9,17 +9,21 @@
 
 namespace tool {
 
-// One file of a batch: its path, and its path from the folder it was found in (the file's name
-// when it was given itself), which names what the batch writes for it.
+// One file of a run: its path, and its path from the folder it was found in (the file's name
+// when it was given itself), which names what the run writes for it.
 struct BatchInput {
     std::string path;
     std::string relative;
 };
 
-// What one file gave: lines to print (JSON Lines with --json, text otherwise), how many models
-// it held, and its failure, if it failed.
+// What one file gave. A file given alone prints `document` with --json (indented), else `text`;
+// in a batch each of `records` is a JSON line with --json, else `text` is printed.
 struct FileResult {
-    std::vector<std::string> lines;
+    json document;
+    std::vector<json> records;
+    std::string text;
+    bool textToStandardError = false;   // the file's own output went to standard output
+    std::vector<std::string> warnings;  // said on standard error, in the order of the files
     int64_t models = 0;
     int64_t bytes = 0;
     struct Failure {
@@ -42,19 +46,14 @@ void addBatchOptions(CLI::App& command, BatchOptions& options);
 // True when the inputs make a batch: more than one, or a folder.
 bool isBatch(const std::vector<std::string>& inputs);
 
-// The files of the inputs, in their order: a file as it is, a folder searched through for the
-// files whose extension (without regard to case) is one of `extensions`, sorted by path. Links
-// are not followed unless asked. A missing input is a ToolError.
-std::vector<BatchInput> gatherInputs(const BatchOptions& options,
-                                     const std::vector<std::string>& extensions);
-
-// Runs `work` for every input on the jobs, prints each file's lines as soon as it and every file
-// before it are done, then a summary (a JSON line with --json), and the failures as a table on
-// standard error. Shows progress on standard error when it is a terminal. Gives the exit
-// status: 0, or 1 when a file failed.
-int runBatch(const std::string& command, const std::vector<BatchInput>& inputs,
-             const BatchOptions& options, bool asJson,
-             const std::function<FileResult(const BatchInput&)>& work);
+// Runs `work` on every file of the inputs: a file given alone in this thread (its failure goes
+// to the caller), a batch of files and folders (searched through for the files whose extension,
+// without regard to case, is one of `extensions`) on the jobs, each file's output printed as soon
+// as it and every file before it are done, then a summary and the failures. Throws ExitStatus 1
+// when a file of a batch failed.
+void runFiles(const std::string& command, const BatchOptions& options, bool asJson,
+              const std::vector<std::string>& extensions,
+              const std::function<FileResult(const BatchInput&)>& work);
 
 // Where a batch writes what it makes of an input under `folder`: the input's path from its
 // folder, with `extension` in place of its own (a folder of that name for ""); the folders on
@@ -66,9 +65,6 @@ std::string outputFor(const std::string& folder, const BatchInput& input,
 struct ExitStatus {
     int status;
 };
-
-// A file's failure from whatever it threw.
-FileResult::Failure failureOf(const std::exception_ptr& error, const std::string& file);
 
 // The most bytes the tool held on the heap at once so far.
 int64_t peakHeapBytes();

@@ -16,7 +16,7 @@ json commandsReport(const std::string& path, const velmora::BGLCommandList& list
             velmora::BGLOpcodeDictionary::row(command->opcode());
         json entry{{"position", position},
                    {"opcode", command->opcode()},
-                   {"name", opcodeName(command->opcode())}};
+                   {"name", velmora::BGLOpcodeDictionary::nameOf(command->opcode())}};
         json params = json::array();
         json jumps = json::array();
         for (int16_t i = 0; row != nullptr && i < row->numParam; ++i) {
@@ -42,7 +42,7 @@ void printCommands(const velmora::BGLCommandList& list) {
         ++position;
         const velmora::BGLCommandDictEntry* row =
             velmora::BGLOpcodeDictionary::row(command->opcode());
-        out << position << "  " << opcodeName(command->opcode());
+        out << position << "  " << velmora::BGLOpcodeDictionary::nameOf(command->opcode());
         const int16_t count = row != nullptr ? row->numParam : 0;
         for (int16_t i = 0; i < count; ++i) {
             out << (i == 0 ? " " : ", ") << modelText(command->param(i));

@@ -1,7 +1,6 @@
 #include "Batch.h"
 #include "ModelReport.h"
 
-#include <iostream>
 #include <sstream>
 
 namespace tool {
@@ -13,35 +12,21 @@ struct InfoOptions {
     bool json = false;
 };
 
-void info(const InfoOptions& o) {
-    if (!isBatch(o.batch.inputs)) {
-        const std::string& path = o.batch.inputs.front();
-        const auto model = loadModel(path);
-        const json report = modelReport(path, *model);
-        if (o.json) {
-            std::cout << report.dump(2) << "\n";
-        } else {
-            printReport(report, std::cout);
-        }
-        return;
+FileResult infoOf(const BatchInput& input, bool asJson) {
+    FileResult result;
+    const auto model = loadModel(input.path);
+    const json report = modelReport(input.path, *model);
+    if (asJson) {
+        result.document = report;
+        result.records = {report};
+    } else {
+        std::ostringstream text;
+        printReport(report, text);
+        result.text = text.str();
     }
-    const std::vector<BatchInput> inputs = gatherInputs(o.batch, {".mdl"});
-    const int status = runBatch("info", inputs, o.batch, o.json, [&](const BatchInput& input) {
-        FileResult result;
-        const auto model = loadModel(input.path);
-        const json report = modelReport(input.path, *model);
-        result.models = 1;
-        result.bytes = model->getRIFFSectionSize(0) + 8;
-        if (o.json) {
-            result.lines.push_back(report.dump());
-        } else {
-            std::ostringstream text;
-            printReport(report, text);
-            result.lines.push_back(text.str());
-        }
-        return result;
-    });
-    if (status != 0) throw ExitStatus{status};
+    result.models = 1;
+    result.bytes = model->getRIFFSectionSize(0) + 8;
+    return result;
 }
 
 }  // namespace
@@ -55,7 +40,10 @@ void addInfoCommand(CLI::App& app) {
     command->add_flag("--json", o->json,
                       "Print JSON for scripts; JSON Lines for several files (see docs/json.md)");
     addBatchOptions(*command, o->batch);
-    command->callback([o] { info(*o); });
+    command->callback([o] {
+        runFiles("info", o->batch, o->json, {".mdl"},
+                 [o](const BatchInput& input) { return infoOf(input, o->json); });
+    });
 }
 
 }  // namespace tool

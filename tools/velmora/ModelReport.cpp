@@ -8,168 +8,74 @@ namespace tool {
 
 namespace {
 
-const velmora::BGLCommand& commandAt(const velmora::BGLCommandList& list, int32_t position) {
-    return *list.Item(position);
+std::string textureName(const velmora::MDLObject& model, int32_t texture) {
+    if (texture < 0 || texture >= model.TextureList()->Count()) return "";
+    return velmora::utf8FromWindows1252(model.TextureList()->Item(texture + 1)->bitmap());
 }
 
-bool isDayTest(const velmora::BGLCommand& command) {
-    return command.opcode() == velmora::IFIN1 && command.param(1) == "906";
-}
-
-bool inSeasonalRun(const velmora::BGLCommand& command) {
-    return isDayTest(command) || command.opcode() == velmora::SET_MATERIAL ||
-           command.opcode() == velmora::BGL_JUMP_32;
-}
-
-std::string textureName(const velmora::MDLObject& model, const std::string& index) {
-    try {
-        const int position = std::stoi(index) + 1;
-        if (position >= 1 && position <= model.TextureList()->Count()) {
-            return velmora::utf8FromWindows1252(model.TextureList()->Item(position)->bitmap());
-        }
-    } catch (const std::exception&) {
-    }
-    return "";
-}
-
-// Runs of day tests and SET_MATERIALs: which texture shows on which days.
-json seasonsReport(const velmora::MDLObject& model) {
-    const velmora::BGLCommandList& list = *model.BGLCommandList();
+// Which texture shows on which days.
+json seasonsReport(const velmora::MDLObject& model, const velmora::StreamAnalysis& analysis) {
     json runs = json::array();
-    int32_t lastEnd = 0;
-    for (int32_t p = 1; p <= list.Count(); ++p) {
-        if (p <= lastEnd || !isDayTest(commandAt(list, p))) continue;
-        int32_t first = p;
-        while (first > 1 && inSeasonalRun(commandAt(list, first - 1)))
-            --first;
-        int32_t last = p;
-        while (last < list.Count() && inSeasonalRun(commandAt(list, last + 1)))
-            ++last;
+    for (const velmora::SeasonalRun& run : analysis.seasonalRuns()) {
         json variants = json::array();
-        for (int32_t k = first; k <= last; ++k) {
-            const velmora::BGLCommand& command = commandAt(list, k);
-            if (command.opcode() != velmora::SET_MATERIAL) continue;
-            json variant{{"position", k},
-                         {"texture", std::stoi(command.param(1))},
-                         {"name", textureName(model, command.param(1))}};
-            if (k > 1 && isDayTest(commandAt(list, k - 1))) {
-                const velmora::BGLCommand& test = commandAt(list, k - 1);
-                variant["days"] = {std::stoi(test.param(2)), std::stoi(test.param(3))};
-            } else {
-                variant["days"] = nullptr;  // the run's default: every other day
-            }
-            variants.push_back(variant);
+        for (const velmora::SeasonalVariant& variant : run.variants) {
+            variants.push_back(
+                {{"position", variant.position},
+                 {"texture", variant.texture},
+                 {"name", textureName(model, variant.texture)},
+                 // The run's default shows on every other day.
+                 {"days", variant.isDefault() ? json(nullptr)
+                                              : json::array({variant.firstDay, variant.lastDay})}});
         }
-        runs.push_back({{"first", first}, {"last", last}, {"variants", variants}});
-        lastEnd = last;
+        runs.push_back({{"first", run.first}, {"last", run.last}, {"variants", variants}});
     }
     return runs;
 }
 
-// The tests that skip a light when they fail: the run of tests and overrides just in front.
-json lightsReport(const velmora::BGLCommandList& list) {
+// The lights with the tests just in front of them.
+json lightsReport(const velmora::BGLCommandList& list, const velmora::StreamAnalysis& analysis) {
     json lights = json::array();
-    for (int32_t p = 1; p <= list.Count(); ++p) {
-        const velmora::BGLCommand& light = commandAt(list, p);
-        if (light.opcode() != velmora::BGL_LIGHT) continue;
+    for (const velmora::LightReport& light : analysis.lights()) {
+        const velmora::BGLCommand& command = *list.Item(light.position);
         json tests = json::array();
-        for (int32_t k = p - 1; k >= 1; --k) {
-            const velmora::BGLCommand& before = commandAt(list, k);
-            if (before.opcode() == velmora::VAR_BASE_OVERRIDE) continue;
-            if (before.opcode() != velmora::IFMSK && before.opcode() != velmora::IFIN1) break;
-            tests.push_back(velmora::GuardAnalysis::termOf(before));
+        for (const auto& guard : light.guards) {
+            if (!guard.text.empty()) tests.push_back(guard.text);
         }
         std::ostringstream colour;
-        try {
+        if (light.colour) {
             colour << "0x" << std::hex << std::uppercase << std::setw(8) << std::setfill('0')
-                   << static_cast<uint32_t>(std::stol(light.param(7)));
-        } catch (const std::exception&) {
-            colour.str(light.param(7));
+                   << *light.colour;
+        } else {
+            colour << command.param(7);
         }
-        lights.push_back({{"position", p},
-                          {"type", light.param(0)},
-                          {"at", {light.param(1), light.param(2), light.param(3)}},
+        lights.push_back({{"position", light.position},
+                          {"type", command.param(0)},
+                          {"at", {command.param(1), command.param(2), command.param(3)}},
                           {"colour", colour.str()},
                           {"tests", tests}});
     }
     return lights;
 }
 
-json sizeTestsReport(const velmora::BGLCommandList& list) {
+json sizeTestsReport(const velmora::StreamAnalysis& analysis) {
     json tests = json::array();
-    for (int32_t p = 1; p <= list.Count(); ++p) {
-        const velmora::BGLCommand& test = commandAt(list, p);
-        if (test.opcode() != velmora::IFSIZEV && test.opcode() != velmora::IFSIZEH) continue;
-        tests.push_back({{"position", p},
-                         {"opcode", opcodeName(test.opcode())},
-                         {"size", test.param(1)},
-                         {"pixels", test.param(2)},
-                         {"failsTo", test.jumpDest(0)}});
+    for (const velmora::SizeTest& test : analysis.sizeTests()) {
+        tests.push_back({{"position", test.position},
+                         {"opcode", velmora::BGLOpcodeDictionary::nameOf(test.opcode)},
+                         {"size", std::to_string(test.size)},
+                         {"pixels", std::to_string(test.pixels)},
+                         {"failsTo", test.failsTo}});
     }
     return tests;
 }
 
-const char* combineName(velmora::eMultiCondition combination) {
-    switch (combination) {
-        case velmora::mOR:
-            return "or";
-        case velmora::mNOT:
-            return "not";
-        case velmora::mNOR:
-            return "nor";
-        default:
-            return "and";
-    }
-}
-
-}  // namespace
-
-std::vector<std::string> editorLimits(const velmora::GuardAnalysis& guard) {
-    std::vector<std::string> limits;
-    if (guard.guardedCall() == 0) return {"the stream has no guarded call"};
-    if (!guard.workedOut()) limits.push_back("the guard holds too many different tests");
-    for (const auto& test : guard.tests()) {
-        const std::string command =
-            "command " + std::to_string(test.position) + " (" + opcodeName(test.opcode) + ")";
-        if (!test.editable) {
-            limits.push_back(command + " is a test the condition editor does not write back");
-        } else if (!test.reachable) {
-            limits.push_back(command + " can never be reached");
-        }
-    }
-    for (const auto& other : guard.others()) {
-        limits.push_back("command " + std::to_string(other.position) + " (" +
-                         opcodeName(other.opcode) +
-                         ") stands in front of the call and would be removed");
-    }
-    if (guard.workedOut() && limits.empty() && !guard.editorCanRewrite()) {
-        limits.push_back("the condition editor reads it as \"" + guard.editorFormula() +
-                         "\", which means something else");
-    }
-    return limits;
-}
-
-json guardReport(const velmora::BGLCommandList& commands) {
-    const velmora::GuardAnalysis guard(commands);
-    if (guard.guardedCall() == 0) {
-        return {{"guardedCall", nullptr}, {"formula", nullptr}, {"tests", json::array()}};
-    }
-    json tests = json::array();
-    for (const auto& test : guard.tests()) {
-        tests.push_back({{"position", test.position},
-                         {"opcode", opcodeName(test.opcode)},
-                         {"text", test.text},
-                         {"reachable", test.reachable},
-                         {"editable", test.editable}});
-    }
-    json others = json::array();
-    for (const auto& other : guard.others())
-        others.push_back({{"position", other.position}, {"opcode", opcodeName(other.opcode)}});
-    json editor{{"canRewrite", guard.editorCanRewrite()}, {"limits", editorLimits(guard)}};
+// What the condition editor reads of the guard, and whether it can rewrite it.
+json editorReport(const velmora::BGLCommandList& commands, const velmora::GuardAnalysis& guard) {
+    json editor{{"canRewrite", guard.editorCanRewrite()}, {"limits", guard.editorLimits()}};
     try {
         const auto conditions = commands.getConditions(-1);
         editor["reads"] = guard.editorFormula();
-        editor["combine"] = combineName(conditions->multiCondition());
+        editor["combine"] = velmora::combinationName(conditions->multiCondition());
         editor["conditions"] = json::array();
         for (const auto& condition : *conditions) {
             editor["conditions"].push_back({{"type", condition->getTypeString()},
@@ -180,14 +86,36 @@ json guardReport(const velmora::BGLCommandList& commands) {
     } catch (const velmora::Error&) {
         editor["reads"] = nullptr;
     }
+    return editor;
+}
+
+json guardReport(const velmora::BGLCommandList& commands, const velmora::GuardAnalysis& guard) {
+    if (guard.guardedCall() == 0) {
+        return {{"guardedCall", nullptr}, {"formula", nullptr}, {"tests", json::array()}};
+    }
+    json tests = json::array();
+    for (const auto& test : guard.tests()) {
+        tests.push_back({{"position", test.position},
+                         {"opcode", velmora::BGLOpcodeDictionary::nameOf(test.opcode)},
+                         {"text", test.text},
+                         {"reachable", test.reachable},
+                         {"editable", test.editable}});
+    }
+    json others = json::array();
+    for (const auto& other : guard.others()) {
+        others.push_back({{"position", other.position},
+                          {"opcode", velmora::BGLOpcodeDictionary::nameOf(other.opcode)}});
+    }
     return {{"guardedCall", guard.guardedCall()},
-            {"callOpcode", opcodeName(guard.callOpcode())},
+            {"callOpcode", velmora::BGLOpcodeDictionary::nameOf(guard.callOpcode())},
             {"rotation", guard.rotation().empty() ? json(nullptr) : json(guard.rotation())},
             {"formula", guard.formula()},
             {"tests", tests},
             {"otherCommands", others},
-            {"editor", editor}};
+            {"editor", editorReport(commands, guard)}};
 }
+
+}  // namespace
 
 json modelReport(const std::string& path, const velmora::MDLObject& model) {
     json out{{"format", kJsonFormat}, {"file", path}};
@@ -219,11 +147,13 @@ json modelReport(const std::string& path, const velmora::MDLObject& model) {
         putModelText(entry, "name", texture->bitmap());
         out["textures"].push_back(entry);
     }
-    out["guard"] = guardReport(*model.BGLCommandList());
-    out["seasons"] = seasonsReport(model);
-    out["lights"] = lightsReport(*model.BGLCommandList());
-    out["sizeTests"] = sizeTestsReport(*model.BGLCommandList());
-    out["killShadow"] = hasKillShadow(model);
+    const velmora::BGLCommandList& commands = *model.BGLCommandList();
+    const velmora::StreamAnalysis analysis(commands);
+    out["guard"] = guardReport(commands, analysis.guard());
+    out["seasons"] = seasonsReport(model, analysis);
+    out["lights"] = lightsReport(commands, analysis);
+    out["sizeTests"] = sizeTestsReport(analysis);
+    out["killShadow"] = velmora::shadowKindOf(model) == velmora::ShadowKind::KillShadow;
     return out;
 }
 

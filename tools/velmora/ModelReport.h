@@ -10,12 +10,6 @@ namespace tool {
 // guard of the guarded call, the seasonal runs, the lights, the size tests and the kill shadow.
 json modelReport(const std::string& path, const velmora::MDLObject& model);
 
-// The guard part of the report.
-json guardReport(const velmora::BGLCommandList& commands);
-
-// Why the condition editor can't rewrite a guard, one reason a line; empty when it can.
-std::vector<std::string> editorLimits(const velmora::GuardAnalysis& guard);
-
 // The report as text for people.
 void printReport(const json& report, std::ostream& out);
 

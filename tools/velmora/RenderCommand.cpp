@@ -2,7 +2,6 @@
 #include "Rendering.h"
 
 #include <cmath>
-#include <iostream>
 
 namespace tool {
 
@@ -42,8 +41,7 @@ std::string renderOne(const std::string& file, const RenderCommandOptions& o,
         velmora::savePixelsPNG(picture.rgb, picture.width, picture.height, path);
     });
     return "rendered " + file + " (" + std::to_string(picture.width) + "x" +
-           std::to_string(picture.height) + ") to " +
-           (out.toStandardOutput() ? std::string("standard output") : out.target());
+           std::to_string(picture.height) + ") to " + out.said();
 }
 
 void render(const RenderCommandOptions& o) {
@@ -52,25 +50,23 @@ void render(const RenderCommandOptions& o) {
     if (o.render.fixedFrame && o.render.flat) {
         throw UsageError("--fixed-frame draws every part already; leave out --flat");
     }
-    if (!isBatch(o.batch.inputs)) {
-        const Output out(o.output, Output::Stream::Binary);
-        const std::string said = renderOne(o.batch.inputs.front(), o, settings, out);
-        if (!out.toStandardOutput()) std::cout << said << "\n";
-        return;
+    const bool batch = isBatch(o.batch.inputs);
+    if (batch) {
+        if (o.output == "-") throw UsageError("several pictures can't go to standard output");
+        prepareOutputFolder(o.output);
     }
-    if (o.output == "-") throw UsageError("several pictures can't go to standard output");
-    prepareOutputFolder(o.output);
-    const std::vector<BatchInput> inputs = gatherInputs(o.batch, {".mdl"});
-    const int status = runBatch("render", inputs, o.batch, o.json, [&](const BatchInput& input) {
+    runFiles("render", o.batch, o.json, {".mdl"}, [&](const BatchInput& input) {
+        const Output out = batch
+                               ? Output(outputFor(o.output, input, ".png"), Output::Stream::Refused)
+                               : Output(o.output, Output::Stream::Binary);
         FileResult result;
-        const Output out(outputFor(o.output, input, ".png"), Output::Stream::Refused);
         const std::string said = renderOne(input.path, o, settings, out);
         result.models = 1;
-        result.lines.push_back(o.json ? json{{"file", input.path}, {"output", out.target()}}.dump()
-                                      : said);
+        // A picture on standard output is all that goes there.
+        if (!out.toStandardOutput()) result.text = said;
+        result.records = {{{"file", input.path}, {"output", out.target()}}};
         return result;
     });
-    if (status != 0) throw ExitStatus{status};
 }
 
 }  // namespace

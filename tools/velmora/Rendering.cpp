@@ -51,6 +51,16 @@ std::array<float, 3> parseColour(const std::string& text) {
 
 }  // namespace
 
+void addScenarioOptions(CLI::App& command, RenderOptions& o) {
+    command.add_option("--day", o.day, "Day of the year, 1 to 366 (variable 906; default 172)");
+    command.add_option("--season", o.season,
+                       "The middle of a season: spring, summer, fall, winter, heavywinter");
+    command.add_flag("--night", o.night, "Night (time of day, variable 652, set to 4)");
+    command.add_option("--set", o.set, "Set a scenery variable: VAR=VALUE (repeatable)");
+    command.add_option("--textures", o.textures,
+                       "Folder of the texture images, matched by name without regard to case");
+}
+
 void addRenderOptions(CLI::App& command, RenderOptions& o, bool withFixedFrame) {
     command.add_option("--size", o.size, "Frame size WIDTHxHEIGHT")->capture_default_str();
     command
@@ -72,15 +82,9 @@ void addRenderOptions(CLI::App& command, RenderOptions& o, bool withFixedFrame) 
         ->capture_default_str();
     command.add_flag("--cull", o.cull, "Draw only the front faces (files differ in winding)");
     command.add_flag("--blend", o.blend, "Blend alpha textures instead of testing their alpha");
-    command.add_option("--day", o.day, "Day of the year, 1 to 366 (variable 906; default 172)");
-    command.add_option("--season", o.season,
-                       "The middle of a season: spring, summer, fall, winter, heavywinter");
-    command.add_flag("--night", o.night, "Night (time of day, variable 652, set to 4)");
-    command.add_option("--set", o.set, "Set a scenery variable: VAR=VALUE (repeatable)");
     command.add_flag("--flat", o.flat,
                      "Draw every part of the stream at once (no tests evaluated)");
-    command.add_option("--textures", o.textures,
-                       "Folder of the texture images, matched by name without regard to case");
+    addScenarioOptions(command, o);
     if (!withFixedFrame) return;
     command.add_flag("--fixed-frame", o.fixedFrame,
                      "The fixed frame of the preview: every part, turned by --heading and "
@@ -92,6 +96,34 @@ void addRenderOptions(CLI::App& command, RenderOptions& o, bool withFixedFrame) 
         ->capture_default_str();
     command.add_option("--pan-x", o.panX, "With --fixed-frame: shift along the model's x");
     command.add_option("--pan-y", o.panY, "With --fixed-frame: shift along the model's z");
+}
+
+std::optional<velmora::Scenario> scenarioOf(const RenderOptions& o) {
+    if (o.day == 0 && o.season.empty() && !o.night && o.set.empty()) return std::nullopt;
+    velmora::Scenario scenario;
+    if (o.day != 0) {
+        if (o.day < 1 || o.day > 366) throw UsageError("--day must lie from 1 to 366");
+        scenario.day(o.day);
+    }
+    if (!o.season.empty()) {
+        const std::optional<velmora::textureVariant> season = velmora::seasonNamed(o.season);
+        if (!season) {
+            throw UsageError("unknown --season '" + o.season +
+                             "': give spring, summer, fall, winter or heavywinter");
+        }
+        scenario.season(*season);
+    }
+    if (o.night) scenario.night();
+    for (const std::string& setting : o.set) {
+        const auto equals = setting.find('=');
+        if (equals == std::string::npos) {
+            throw UsageError("bad --set '" + setting + "': give VAR=VALUE, such as 798=2");
+        }
+        const float variable = parseNumber(setting.substr(0, equals), "variable in --set");
+        const float value = parseNumber(setting.substr(equals + 1), "value in --set");
+        scenario.set(static_cast<int32_t>(variable), static_cast<int32_t>(value));
+    }
+    return scenario;
 }
 
 RenderSettings checkRenderSettings(const RenderOptions& o) {
@@ -125,37 +157,7 @@ RenderSettings checkRenderSettings(const RenderOptions& o) {
     s.view.background = parseColour(o.background);
     s.view.cullBackFaces = o.cull;
     s.view.blendAlpha = o.blend;
-    if (o.day != 0) {
-        if (o.day < 1 || o.day > 366) throw UsageError("--day must lie from 1 to 366");
-        s.scenario.day(o.day);
-    }
-    if (!o.season.empty()) {
-        static const std::pair<const char*, velmora::textureVariant> seasons[] = {
-            {"spring", velmora::spring}, {"summer", velmora::summer},
-            {"fall", velmora::autumn},   {"autumn", velmora::autumn},
-            {"winter", velmora::winter}, {"heavywinter", velmora::heavywinter}};
-        bool known = false;
-        for (const auto& [name, season] : seasons) {
-            if (o.season == name) {
-                s.scenario.season(season);
-                known = true;
-            }
-        }
-        if (!known) {
-            throw UsageError("unknown --season '" + o.season +
-                             "': give spring, summer, fall, winter or heavywinter");
-        }
-    }
-    if (o.night) s.scenario.night();
-    for (const std::string& setting : o.set) {
-        const auto equals = setting.find('=');
-        if (equals == std::string::npos) {
-            throw UsageError("bad --set '" + setting + "': give VAR=VALUE, such as 798=2");
-        }
-        const float variable = parseNumber(setting.substr(0, equals), "variable in --set");
-        const float value = parseNumber(setting.substr(equals + 1), "value in --set");
-        s.scenario.set(static_cast<int32_t>(variable), static_cast<int32_t>(value));
-    }
+    s.scenario = scenarioOf(o).value_or(velmora::Scenario());
     s.flat = o.flat;
     s.fixedFrame = o.fixedFrame;
     s.pitch = o.pitch;

@@ -56,7 +56,11 @@ struct RenderOptions {
     std::string textures;
 };
 void addRenderOptions(CLI::App& command, RenderOptions& options, bool withFixedFrame);
+// The scenario's options alone (--day, --season, --night, --set) and --textures.
+void addScenarioOptions(CLI::App& command, RenderOptions& options);
 // The settings the options describe; out-of-range values are usage errors.
 RenderSettings checkRenderSettings(const RenderOptions& options);
+// The scenario the options set; nothing when they set none. Bad values are usage errors.
+std::optional<velmora::Scenario> scenarioOf(const RenderOptions& options);
 
 }  // namespace tool

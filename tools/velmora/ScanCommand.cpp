@@ -20,22 +20,6 @@ struct ScanOptions {
     RenderOptions render;
 };
 
-// "{7C8A1E2B-...}" from the 16 bytes of a model table, as a GUID is written: the first three
-// fields little-endian.
-std::string guidText(const std::string& bytes) {
-    if (bytes.size() != 16 || bytes == std::string(16, '\0')) return "";
-    static const char* digits = "0123456789ABCDEF";
-    const int order[16] = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
-    std::string out = "{";
-    for (int i = 0; i < 16; ++i) {
-        if (i == 4 || i == 6 || i == 8 || i == 10) out += '-';
-        const auto byte = static_cast<unsigned char>(bytes[static_cast<std::size_t>(order[i])]);
-        out.push_back(digits[byte >> 4]);
-        out.push_back(digits[byte & 15]);
-    }
-    return out + "}";
-}
-
 std::string numbered(int index, const char* extension) {
     char name[32];
     std::snprintf(name, sizeof name, "model_%03d%s", index, extension);
@@ -69,7 +53,7 @@ void scanFile(const std::string& file, const ScanOptions& o, const RenderSetting
                    {"materials", model->MaterialList()->Count()},
                    {"textures", model->TextureList()->Count()},
                    {"commands", model->BGLCommandList()->Count()}};
-        const std::string guid = guidText(model->sceneryGuid());
+        const std::string guid = velmora::guidText(model->sceneryGuid());
         entry["guid"] = guid.empty() ? json(nullptr) : json(guid);
         putModelText(entry, "isft", model->getISFT());
         const velmora::GuardAnalysis guard(*model->BGLCommandList());
@@ -122,48 +106,36 @@ void printEntries(std::ostream& out, const std::string& file, const std::vector<
     }
 }
 
+FileResult scanOf(const BatchInput& input, const ScanOptions& o, const RenderSettings& settings,
+                  bool alone) {
+    FileResult result;
+    result.bytes = static_cast<int64_t>(stdfs::file_size(input.path));
+    // In a batch each compiled file's models go to a folder of their own, named after the file.
+    std::vector<json> entries;
+    scanFile(input.path, o, settings,
+             alone ? "" : stdfs::path(input.relative).replace_extension("").string(), entries);
+    result.models = static_cast<int64_t>(entries.size());
+    result.document = {{"format", kJsonFormat}, {"file", input.path}, {"models", entries}};
+    for (json entry : entries) {
+        entry["model"] = entry["index"];
+        entry.erase("index");
+        result.records.push_back(entry);
+    }
+    std::ostringstream text;
+    printEntries(text, input.path, entries);
+    result.text = text.str();
+    if (!alone) result.text.pop_back();
+    return result;
+}
+
 void scan(const ScanOptions& o) {
     RenderSettings settings;
     if (!o.thumbnails.empty()) settings = checkRenderSettings(o.render);
     if (!o.extract.empty()) prepareOutputFolder(o.extract);
     if (!o.thumbnails.empty()) prepareOutputFolder(o.thumbnails);
-    if (!isBatch(o.batch.inputs)) {
-        const std::string& file = o.batch.inputs.front();
-        std::vector<json> entries;
-        scanFile(file, o, settings, "", entries);
-        if (o.json) {
-            std::cout << json{{"format", kJsonFormat}, {"file", file}, {"models", entries}}.dump(2)
-                      << "\n";
-        } else {
-            printEntries(std::cout, file, entries);
-        }
-        return;
-    }
-    const std::vector<BatchInput> inputs = gatherInputs(o.batch, {".bgl"});
-    const int status = runBatch("scan", inputs, o.batch, o.json, [&](const BatchInput& input) {
-        FileResult result;
-        result.bytes = static_cast<int64_t>(stdfs::file_size(input.path));
-        // Each compiled file's models go to a folder of their own, named after the file.
-        std::vector<json> entries;
-        scanFile(input.path, o, settings,
-                 stdfs::path(input.relative).replace_extension("").string(), entries);
-        result.models = static_cast<int64_t>(entries.size());
-        if (o.json) {
-            for (json& entry : entries) {
-                entry["model"] = entry["index"];
-                entry.erase("index");
-                result.lines.push_back(entry.dump());
-            }
-        } else {
-            std::ostringstream text;
-            printEntries(text, input.path, entries);
-            std::string lines = text.str();
-            lines.pop_back();
-            result.lines.push_back(lines);
-        }
-        return result;
-    });
-    if (status != 0) throw ExitStatus{status};
+    const bool alone = !isBatch(o.batch.inputs);
+    runFiles("scan", o.batch, o.json, {".bgl"},
+             [&](const BatchInput& input) { return scanOf(input, o, settings, alone); });
 }
 
 }  // namespace

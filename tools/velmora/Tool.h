@@ -76,6 +76,8 @@ class Output {
 
     bool toStandardOutput() const { return toStandardOutput_; }
     const std::string& target() const { return target_; }
+    // The target for people: its name, or "standard output".
+    std::string said() const;
 
     // Runs `write(path)` on a temporary path beside the target, then `check(path)` when given,
     // then moves it into place (or copies it to standard output). On any failure the temporary
@@ -92,18 +94,15 @@ class Output {
 // A folder to write into: created when missing; a file in its place is refused.
 void prepareOutputFolder(const std::string& folder);
 
-// The name of an opcode for people: the dictionary's name, or "OPCODE n".
-std::string opcodeName(int32_t opcode);
-
 // A text from a model for JSON: UTF-8 from Windows-1252, and beside it the raw bytes in hex
 // where the text is not plain ASCII.
 void putModelText(json& object, const std::string& key, const std::string& bytes);
 // A text from a model for people: UTF-8 from Windows-1252, NUL bytes shown as \0.
 std::string modelText(const std::string& bytes);
 
-// True when the model's "SHAD" section is the 12-byte kill shadow.
-bool hasKillShadow(const velmora::MDLObject& model);
-
+// True when standard output or standard error is a terminal.
+bool standardOutputIsTerminal();
+bool standardErrorIsTerminal();
 // Progress on standard error, only when it is a terminal.
 void showProgress(const std::string& what, int done, int total);
 
