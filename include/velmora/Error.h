@@ -16,7 +16,7 @@ class Error : public std::runtime_error {
     const std::string& source() const noexcept { return source_; }
     const std::string& description() const noexcept { return description_; }
 
-    // Our own addition: where the fault lies, as far as the code that raised or passed the error
+    // Where the fault lies, as far as the code that raised or passed the error
     // knew it. Empty texts, -1 for the offset and 0 for the positions mean "not known".
     const std::string& file() const noexcept { return file_; }
     // The RIFF tag of the model section being read ("VERT", "BGL ").

@@ -6,7 +6,7 @@
 
 namespace velmora {
 
-// Our own addition: what MDLObject::exportGLTF wrote.
+// What MDLObject::exportGLTF wrote.
 struct GLTFExport {
     int64_t triangles =
         0;  // triangles written; a triangle shown in several variants counts once a variant

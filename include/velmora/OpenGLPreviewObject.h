@@ -21,7 +21,7 @@ class OpenGLPreviewObject {
     bool openGLInit() const { return openGLInit_; }
     // Loads an image file as a texture and gives its texture name; 0 for an empty path.
     int32_t loadTexture(const std::string& s);
-    // Our own addition: the same, keeping the image's alpha (32-bit TGA, PNG with alpha, DXT3
+    // The same, keeping the image's alpha (32-bit TGA, PNG with alpha, DXT3
     // and DXT5 DDS) for MDLObject::glDrawView; the name of an image that fails is freed.
     int32_t loadTextureWithAlpha(const std::string& s);
 

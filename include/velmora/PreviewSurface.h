@@ -13,10 +13,10 @@ int32_t createPreviewSurface(int32_t width, int32_t height);
 std::vector<uint8_t> previewSurfacePixels(int32_t hDC);
 void savePreviewSurfacePNG(int32_t hDC, const std::string& path);
 void destroyPreviewSurface(int32_t hDC);
-// Our own addition: the largest width and height a surface can be drawn at; 0 when no OpenGL
+// The largest width and height a surface can be drawn at; 0 when no OpenGL
 // display can be opened.
 int32_t previewSurfaceLimit();
-// Our own addition: writes RGB pixels (rows from top to bottom) as a PNG file, beside the target
+// Writes RGB pixels (rows from top to bottom) as a PNG file, beside the target
 // and moved into place when whole.
 void savePixelsPNG(const std::vector<uint8_t>& rgb, int32_t width, int32_t height,
                    const std::string& path);

@@ -16,7 +16,7 @@ class TextureList : public KeyedList<texture, true> {
     // 1-based position of the first entry of group `parent` for `season`, or 0.
     int16_t findTextureIndex(int16_t parent, int16_t season) const;
 
-    // Our own addition: sets the `file` of every texture whose image lies in `folder`, found by
+    // Sets the `file` of every texture whose image lies in `folder`, found by
     // the texture's name without regard to case, as it is or with the extension .bmp, .dds,
     // .tga, .png, .jpg or .jpeg. Gives how many were found; a folder that can't be read is
     // error 76 naming it.

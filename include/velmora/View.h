@@ -5,7 +5,7 @@
 
 namespace velmora {
 
-// Our own addition: how MDLObject::glDrawView shows a model. The model's frame has x to the
+// How MDLObject::glDrawView shows a model. The model's frame has x to the
 // east, y up and z to the north; the frame fits what the walk draws, whatever its size.
 struct View {
     // The compass heading the camera looks along: 0 north (the model's +z), 90 east (+x).

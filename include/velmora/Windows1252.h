@@ -5,7 +5,7 @@
 
 namespace velmora {
 
-// Our own addition: texts that come out of model files (texture names, the ISFT text, BGL_TAG
+// Texts that come out of model files (texture names, the ISFT text, BGL_TAG
 // names) are bytes in the Windows-1252 code page. This gives them as UTF-8; the five bytes the
 // code page leaves undefined (0x81, 0x8D, 0x8F, 0x90, 0x9D) become the control characters of
 // the same number, so no byte is lost.
