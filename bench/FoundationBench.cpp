@@ -1,5 +1,5 @@
 // Typed reads and writes of a few megabytes: the library's readers and writers over memory and
-// a file, and the same through file numbers.
+// a file, and the same through the file numbers of a file.
 #include "foundation/ByteReader.h"
 #include "foundation/ByteWriter.h"
 #include "foundation/HexFunctions.h"
@@ -49,31 +49,6 @@ void BM_ReaderReadLong(benchmark::State& state) {
 }
 BENCHMARK(BM_ReaderReadLong)->Unit(benchmark::kMillisecond);
 
-void BM_MemoryWriteLong(benchmark::State& state) {
-    for (auto _ : state) {
-        hex::MemoryWriter writer;
-        writeValues(writer.file());
-        benchmark::DoNotOptimize(writer.take());
-    }
-    state.SetBytesProcessed(state.iterations() * kValues * 4);
-}
-BENCHMARK(BM_MemoryWriteLong)->Unit(benchmark::kMillisecond);
-
-void BM_MemoryReadLong(benchmark::State& state) {
-    hex::MemoryWriter writer;
-    writeValues(writer.file());
-    const std::string bytes = writer.take();
-    for (auto _ : state) {
-        hex::MemoryReader reader(bytes);
-        int64_t sum = 0;
-        for (int i = 0; i < kValues; ++i)
-            sum += hex::readLong(reader.file());
-        benchmark::DoNotOptimize(sum);
-    }
-    state.SetBytesProcessed(state.iterations() * kValues * 4);
-}
-BENCHMARK(BM_MemoryReadLong)->Unit(benchmark::kMillisecond);
-
 std::string benchFile() {
     return (std::filesystem::temp_directory_path() / "velmora-bench.bin").string();
 }
@@ -116,7 +91,7 @@ void BM_FileReadLong(benchmark::State& state) {
     }
     for (auto _ : state) {
         const int16_t file = hex::nextFreeFile();
-        hex::openReadOnlyFile(file, path);
+        hex::openBinaryFile(file, path);
         int64_t sum = 0;
         for (int i = 0; i < kValues; ++i)
             sum += hex::readLong(file);

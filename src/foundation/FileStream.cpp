@@ -9,14 +9,10 @@
 
 namespace velmora {
 
-FileStream::FileStream(const std::string& path, bool writable) : path_(path) {
+FileStream::FileStream(const std::string& path) : path_(path) {
     errno = 0;
-    if (writable) {
-        file_ = std::fopen(path.c_str(), "r+b");
-        if (file_ == nullptr && errno == ENOENT) file_ = std::fopen(path.c_str(), "w+b");
-    } else {
-        file_ = std::fopen(path.c_str(), "rb");
-    }
+    file_ = std::fopen(path.c_str(), "r+b");
+    if (file_ == nullptr && errno == ENOENT) file_ = std::fopen(path.c_str(), "w+b");
     if (file_ == nullptr) raiseOpenError(errno, path_);
     if (std::fseek(file_, 0, SEEK_END) == 0) knownLength_ = std::ftell(file_);
     std::fseek(file_, 0, SEEK_SET);

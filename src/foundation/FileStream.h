@@ -10,9 +10,8 @@ namespace velmora {
 // past the end give zero bytes; writes past the end extend the file, a gap with zeros.
 class FileStream {
   public:
-    // Opens `path`. With `writable` the file is opened for reading and writing and created
-    // empty when it does not exist; otherwise it is opened for reading only.
-    FileStream(const std::string& path, bool writable);
+    // Opens `path` for reading and writing; a file that does not exist is created empty.
+    explicit FileStream(const std::string& path);
     ~FileStream();
     FileStream(const FileStream&) = delete;
     FileStream& operator=(const FileStream&) = delete;

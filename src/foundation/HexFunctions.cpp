@@ -17,13 +17,11 @@ namespace {
 
 constexpr int kFileNumbers = 256;
 
-// An open file number: a file, or bytes in memory being read or being built.
+// An open file number.
 struct OpenStream {
     std::unique_ptr<FileStream> file;
-    std::unique_ptr<ByteReader> reader;
-    std::unique_ptr<ByteWriter> writer;
 
-    bool isOpen() const { return file || reader || writer; }
+    bool isOpen() const { return file != nullptr; }
 };
 thread_local std::array<OpenStream, kFileNumbers> openStreams;
 
@@ -41,41 +39,28 @@ OpenStream& freeSlot(int16_t file) {
     return slot;
 }
 
-[[noreturn]] void raiseWrongDirection() {
-    raisePlatformError(kPathFileAccessError, "the file number is open the other way");
-}
-
-// The typed read of T from a file or a reader; `fromReader` is the reader's own method.
-template <class T, class FromReader>
-T readValue(int16_t file, FromReader fromReader) {
-    OpenStream& open = openStreamOf(file);
-    if (open.reader) return static_cast<T>(fromReader(*open.reader));
-    if (!open.file) raiseWrongDirection();
+// The typed read of T, little-endian.
+template <class T>
+T readValue(int16_t file) {
     T value;
-    open.file->read(&value, sizeof value);
+    openStreamOf(file).file->read(&value, sizeof value);
     return value;
 }
 
-// The typed write of T to a file or a writer; `toWriter` is the writer's own method.
-template <class T, class ToWriter>
-void writeValue(int16_t file, T value, ToWriter toWriter) {
-    OpenStream& open = openStreamOf(file);
-    if (open.writer) {
-        toWriter(*open.writer, value);
-        return;
-    }
-    if (!open.file) raiseWrongDirection();
-    open.file->write(&value, sizeof value);
+// The typed write of T, little-endian.
+template <class T>
+void writeValue(int16_t file, T value) {
+    openStreamOf(file).file->write(&value, sizeof value);
 }
 
 void writeBytes(int16_t file, std::string_view bytes) {
-    OpenStream& open = openStreamOf(file);
-    if (open.writer) {
-        open.writer->bytes(bytes);
-        return;
-    }
-    if (!open.file) raiseWrongDirection();
-    if (!bytes.empty()) open.file->write(bytes.data(), bytes.size());
+    FileStream& stream = *openStreamOf(file).file;
+    if (!bytes.empty()) stream.write(bytes.data(), bytes.size());
+}
+
+// The scratch file "temp.bin" in the application folder.
+std::string tempFilePath() {
+    return fs::joinPath(applicationFolder(), "temp.bin");
 }
 
 }  // namespace
@@ -89,100 +74,55 @@ int16_t nextFreeFile() {
 
 void openBinaryFile(int16_t file, const std::string& path) {
     OpenStream& slot = freeSlot(file);
-    slot.file = std::make_unique<FileStream>(path, true);
-}
-
-void openReadOnlyFile(int16_t file, const std::string& path) {
-    OpenStream& slot = freeSlot(file);
-    slot.file = std::make_unique<FileStream>(path, false);
-}
-
-void openMemoryReader(int16_t file, std::string_view bytes) {
-    OpenStream& slot = freeSlot(file);
-    slot.reader = std::make_unique<ByteReader>(bytes);
-}
-
-void openMemoryWriter(int16_t file, std::size_t expectedBytes) {
-    OpenStream& slot = freeSlot(file);
-    slot.writer = std::make_unique<ByteWriter>(expectedBytes);
-}
-
-std::string takeMemoryBytes(int16_t file) {
-    OpenStream& open = openStreamOf(file);
-    if (!open.writer) raisePlatformError(kInvalidProcedureCall);
-    std::string bytes = open.writer->take();
-    open.writer.reset();
-    return bytes;
+    slot.file = std::make_unique<FileStream>(path);
 }
 
 int32_t filePosition(int16_t file) {
-    const OpenStream& open = openStreamOf(file);
-    const int64_t offset = open.reader   ? open.reader->offset()
-                           : open.writer ? open.writer->size()
-                                         : open.file->offset();
-    return static_cast<int32_t>(offset + 1);
-}
-
-int64_t fileLength(int16_t file) {
-    const OpenStream& open = openStreamOf(file);
-    return open.reader   ? open.reader->size()
-           : open.writer ? open.writer->size()
-                         : open.file->length();
+    return static_cast<int32_t>(openStreamOf(file).file->offset() + 1);
 }
 
 void seekFile(int16_t file, int32_t position) {
     if (position < 1) raisePlatformError(kInvalidProcedureCall);
-    OpenStream& open = openStreamOf(file);
-    if (open.writer) raisePlatformError(kInvalidProcedureCall, "bytes being built can't seek");
-    if (open.reader) {
-        open.reader->seek(static_cast<int64_t>(position) - 1);
-    } else {
-        open.file->seek(static_cast<int64_t>(position) - 1);
-    }
+    openStreamOf(file).file->seek(static_cast<int64_t>(position) - 1);
 }
 
 void closeFile(int16_t file) {
     auto& slot = openStreams[static_cast<std::size_t>(file < 1 || file >= kFileNumbers ? 0 : file)];
-    slot.reader.reset();
-    slot.writer.reset();
     if (!slot.file) return;
     std::unique_ptr<FileStream> stream = std::move(slot.file);
     stream->close();
 }
 
 int16_t readInteger(int16_t file) {
-    return readValue<int16_t>(file, [](ByteReader& r) { return r.int16(); });
+    return readValue<int16_t>(file);
 }
 
 int32_t readUInteger(int16_t file) {
-    return readValue<uint16_t>(file, [](ByteReader& r) { return r.uint16(); });
+    return readValue<uint16_t>(file);
 }
 
 int32_t readLong(int16_t file) {
-    return readValue<int32_t>(file, [](ByteReader& r) { return r.int32(); });
+    return readValue<int32_t>(file);
 }
 
 float readSingle(int16_t file) {
-    return readValue<float>(file, [](ByteReader& r) { return r.single(); });
+    return readValue<float>(file);
 }
 
 uint8_t readByte(int16_t file) {
-    return readValue<uint8_t>(file, [](ByteReader& r) { return r.byte(); });
+    return readValue<uint8_t>(file);
 }
 
 std::string readString(int16_t file, int32_t length) {
     if (length < 0) raisePlatformError(kInvalidProcedureCall);
-    OpenStream& open = openStreamOf(file);
-    if (open.reader) return open.reader->text(length);
-    if (!open.file) raiseWrongDirection();
+    FileStream& stream = *openStreamOf(file).file;
     std::string value(static_cast<std::size_t>(length), '\0');
-    if (length > 0) open.file->read(value.data(), value.size());
+    if (length > 0) stream.read(value.data(), value.size());
     return value;
 }
 
 void writeInteger(int16_t file, int16_t value, bool swap) {
-    writeValue(file, swap ? swapInteger(value) : value,
-               [](ByteWriter& w, int16_t v) { w.int16(v); });
+    writeValue(file, swap ? swapInteger(value) : value);
 }
 
 void writeUInteger(int16_t file, int32_t value, bool swap) {
@@ -192,7 +132,7 @@ void writeUInteger(int16_t file, int32_t value, bool swap) {
 }
 
 void writeLong(int16_t file, int32_t value, bool swap) {
-    writeValue(file, swap ? swapLong(value) : value, [](ByteWriter& w, int32_t v) { w.int32(v); });
+    writeValue(file, swap ? swapLong(value) : value);
 }
 
 void writeSingle(int16_t file, float value, bool swap) {
@@ -200,11 +140,11 @@ void writeSingle(int16_t file, float value, bool swap) {
         writeBytes(file, swapSingle(value));
         return;
     }
-    writeValue(file, value, [](ByteWriter& w, float v) { w.single(v); });
+    writeValue(file, value);
 }
 
 void writeDouble(int16_t file, double value, bool swap) {
-    writeValue(file, swap ? swapDouble(value) : value, [](ByteWriter& w, double v) { w.real(v); });
+    writeValue(file, swap ? swapDouble(value) : value);
 }
 
 void writeString(int16_t file, std::string_view value, int16_t length) {
@@ -218,17 +158,11 @@ void writeString(int16_t file, std::string_view value, int16_t length) {
 }
 
 void writeByte(int16_t file, uint8_t value) {
-    writeValue(file, value, [](ByteWriter& w, uint8_t v) { w.byte(v); });
+    writeValue(file, value);
 }
 
 void readThrough(int16_t file, const std::function<void(ByteReader&)>& read) {
-    OpenStream& open = openStreamOf(file);
-    if (open.reader) {
-        read(*open.reader);
-        return;
-    }
-    if (!open.file) raiseWrongDirection();
-    FileStream& stream = *open.file;
+    FileStream& stream = *openStreamOf(file).file;
     const int64_t position = stream.offset();
     std::string bytes(static_cast<std::size_t>(stream.length()), '\0');
     stream.seek(0);
@@ -242,10 +176,6 @@ void readThrough(int16_t file, const std::function<void(ByteReader&)>& read) {
         throw;
     }
     stream.seek(in.offset());
-}
-
-std::string tempFilePath() {
-    return fs::joinPath(applicationFolder(), "temp.bin");
 }
 
 void openTempFile(int16_t file) {
@@ -283,26 +213,6 @@ std::string swapSingle(float value) {
 
 double swapDouble(double value) {
     return ByteWriter::reversed(value);
-}
-
-MemoryReader::MemoryReader(std::string_view bytes) : file_(nextFreeFile()) {
-    openMemoryReader(file_, bytes);
-}
-
-MemoryReader::~MemoryReader() {
-    closeFile(file_);
-}
-
-MemoryWriter::MemoryWriter(std::size_t expectedBytes) : file_(nextFreeFile()) {
-    openMemoryWriter(file_, expectedBytes);
-}
-
-MemoryWriter::~MemoryWriter() {
-    closeFile(file_);
-}
-
-std::string MemoryWriter::take() {
-    return takeMemoryBytes(file_);
 }
 
 }  // namespace velmora::hex

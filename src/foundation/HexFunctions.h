@@ -24,18 +24,7 @@ namespace velmora::hex {
 int16_t nextFreeFile();
 // Opens `path` for reading and writing at position 1; a missing file is created empty.
 void openBinaryFile(int16_t file, const std::string& path);
-// Opens `path` for reading only; a missing file is error 53. Reading never changes a file.
-void openReadOnlyFile(int16_t file, const std::string& path);
-// Opens a read-only stream over `bytes`, which must outlive it.
-void openMemoryReader(int16_t file, std::string_view bytes);
-// Opens an empty in-memory stream to be written, with room for `expectedBytes` (a hint).
-void openMemoryWriter(int16_t file, std::size_t expectedBytes = 0);
-// Closes an in-memory stream and gives its bytes.
-std::string takeMemoryBytes(int16_t file);
-
 int32_t filePosition(int16_t file);
-// Length in bytes of the open stream.
-int64_t fileLength(int16_t file);
 void seekFile(int16_t file, int32_t position);
 void closeFile(int16_t file);
 
@@ -56,13 +45,12 @@ void writeDouble(int16_t file, double value, bool swap = false);
 void writeString(int16_t file, std::string_view value, int16_t length);
 void writeByte(int16_t file, uint8_t value);
 
-// Runs `read` with a reader over the whole of an open file or byte string, placed at the file's
+// Runs `read` with a reader over the whole of an open file, placed at the file's
 // position; afterwards the file's position is where the reader stopped. This is how the
 // members that take a file number share the library's readers.
 void readThrough(int16_t file, const std::function<void(ByteReader&)>& read);
 
 // The scratch file "temp.bin" in the application folder.
-std::string tempFilePath();
 void openTempFile(int16_t file);
 void reopenTempFile(int16_t file);
 void closeTempFile(int16_t file);
@@ -72,33 +60,5 @@ int32_t swapLong(int32_t value);
 int16_t swapInteger(int16_t value);
 std::string swapSingle(float value);
 double swapDouble(double value);
-
-// Opens a byte string for typed reads under a fresh file number and closes it when it goes.
-class MemoryReader {
-  public:
-    explicit MemoryReader(std::string_view bytes);
-    ~MemoryReader();
-    MemoryReader(const MemoryReader&) = delete;
-    MemoryReader& operator=(const MemoryReader&) = delete;
-    int16_t file() const { return file_; }
-
-  private:
-    int16_t file_;
-};
-
-// Opens an in-memory stream for typed writes; take() gives the byte string built.
-class MemoryWriter {
-  public:
-    // `expectedBytes` is room taken at once for a content whose size is known (a hint).
-    explicit MemoryWriter(std::size_t expectedBytes = 0);
-    ~MemoryWriter();
-    MemoryWriter(const MemoryWriter&) = delete;
-    MemoryWriter& operator=(const MemoryWriter&) = delete;
-    int16_t file() const { return file_; }
-    std::string take();
-
-  private:
-    int16_t file_;
-};
 
 }  // namespace velmora::hex

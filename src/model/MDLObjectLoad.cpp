@@ -16,8 +16,9 @@ namespace {
 
 using PayloadStarts = std::array<int64_t, sections::kTableSlots>;
 
-[[noreturn]] void raiseNotAModel(const std::string& why) {
+[[noreturn]] void raiseNotAModel(const std::string& why, int64_t offset = -1) {
     Error error(100, "Velmora.MDLObject", "This is not a valid RIFF scenery MDL file");
+    if (offset >= 0) error.setOffset(offset);
     throw error.setDetail(why);
 }
 
@@ -49,13 +50,13 @@ void readSectionTable(MDLObject& model, ByteReader& in, PayloadStarts& payloadSt
     }
     const std::string head = in.text(4);
     if (model.getRIFFSectionIndex(head) != sections::RIFF) {
-        raiseNotAModel("it starts with \"" + printableTag(head) + "\", not \"RIFF\"");
+        raiseNotAModel("it starts with \"" + printableTag(head) + "\", not \"RIFF\"", 0);
     }
     RIFFSection& riff = model.section(sections::RIFF);
     riff.size = in.int32();
     riff.data = in.text(4);
     if (riff.data != "MDL9") {
-        raiseNotAModel("its form is \"" + printableTag(riff.data) + "\", not \"MDL9\"");
+        raiseNotAModel("its form is \"" + printableTag(riff.data) + "\", not \"MDL9\"", 8);
     }
 
     // The bound is size + 4, not size + 8: the last five bytes of the extent hold no section.

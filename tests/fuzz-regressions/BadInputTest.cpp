@@ -94,9 +94,10 @@ TEST(BadInput, EachDamagedFileGetsItsError) {
     const std::string claimsMore = "RIFF" + le32(0x7FFFFFF0) + "MDL9";
     const DamagedFile models[] = {
         {"empty file", "", 100, "Velmora.MDLObject", notAModel},
-        {"RIFX for RIFF", "RIFX" + le32(4) + "MDL9", 100, "Velmora.MDLObject", notAModel},
+        {"RIFX for RIFF", "RIFX" + le32(4) + "MDL9", 100, "Velmora.MDLObject", notAModel,
+         "byte 0: it starts with \"RIFX\", not \"RIFF\" (error 100: " + notAModel + ")"},
         {"form other than MDL9", riff("", "MDL8"), 100, "Velmora.MDLObject", notAModel,
-         "its form is \"MDL8\", not \"MDL9\" (error 100: " + notAModel + ")"},
+         "byte 8: its form is \"MDL8\", not \"MDL9\" (error 100: " + notAModel + ")"},
         {"cut short", riff(mdlh).substr(0, 30), 9, "Velmora", outOfRange,
          "section \"MDLH\" at byte 12: says 36 bytes, but only 10 follow (error 9: Subscript "
          "out of range)"},
