@@ -189,6 +189,23 @@ TEST_F(ToolTest, EditRefusesToLoseCommandsUnlessForcedAndChecksWhatItWrote) {
         EXPECT_FALSE(stdfs::exists(out)) << c.args;
     }
     EXPECT_EQ(readFile(input), before) << "the input is untouched";
+    // A mask behind the jumps of or: the way out is to combine with and.
+    const ToolRun mask = runTool("edit " + refusals[2].args + " -o " + q(out));
+    EXPECT_NE(mask.err.find("behind the jumps of or, not and nor; combine it with and"),
+              std::string::npos)
+        << mask.err;
+    // The editor misreads an or whose mask is never reached; cleared, nothing is misread.
+    const std::string misread = conditioned(
+        "misread.mdl", velmora::mOR,
+        {condition(velmora::Between, "798", 3, 5), condition(velmora::mask, "120", 1)});
+    const ToolRun kept = runTool("edit " + q(misread) + " --condition 'between 798 1 2'");
+    EXPECT_EQ(kept.status, 1);
+    EXPECT_NE(kept.err.find("reads it as"), std::string::npos) << kept.err;
+    const ToolRun cleared = runTool("edit " + q(misread) +
+                                    " --clear-conditions --condition 'between 798 1 2' -o " +
+                                    q(dir.file("cleared.mdl")));
+    EXPECT_EQ(cleared.status, 0) << cleared.err;
+    EXPECT_EQ(info(dir.file("cleared.mdl"))["guard"]["formula"], "798 in 1..2");
 
     const ToolRun forced =
         runTool("edit " + q(input) + " -o " + q(out) + " --condition 'mask 120 1' --force");
