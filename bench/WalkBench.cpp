@@ -1,7 +1,8 @@
-// The walks over the command stream into the recorder (no OpenGL needed), at 30,000 and 60,000
-// commands: the flat walk that draws every part, and the scenario walk that follows the stream;
-// then both into a sink that only counts, to compare the walks themselves.
+// The walks over the command stream at 30,000 and 60,000 commands: the draw list into the
+// recorder (no OpenGL needed), then the flat walk that emits every part and the scenario walk
+// that follows the stream into a geometry sink that only counts, to compare the walks themselves.
 #include <velmora/DrawListSink.h>
+#include <velmora/GeometrySink.h>
 #include <velmora/MDLObject.h>
 #include <velmora/Scenario.h>
 
@@ -11,6 +12,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 
 using namespace velmora;
 using namespace velmora::bench;
@@ -42,21 +44,15 @@ void BM_GlGenerateDrawList(benchmark::State& state) {
 BENCHMARK(BM_GlGenerateDrawList)->Arg(30000)->Arg(60000)->Unit(benchmark::kMillisecond);
 
 // A sink that only counts what it gets, so that the walks, not the recording, are measured.
-class CountingSink : public DrawListSink {
+class CountingSink final : public GeometrySink {
   public:
-    uint32_t glGenLists(int32_t) override { return 1; }
-    void glNewList(uint32_t, uint32_t) override { ++operations; }
-    void glEndList() override { ++operations; }
-    void glPolygonOffset(float, float) override { ++operations; }
-    void glBindTexture(uint32_t, uint32_t) override { ++operations; }
-    void glMaterialfv(uint32_t, uint32_t, const std::array<float, 4>&) override { ++operations; }
-    void glBegin(uint32_t) override { ++operations; }
-    void glNormal3f(float, float, float) override { ++operations; }
-    void glTexCoord2f(float, float) override { ++operations; }
-    void glVertex3f(float, float, float) override { ++operations; }
-    void glEnd() override { ++operations; }
     void atCommand(int32_t) override { ++visited; }
-    int64_t operations = 0;
+    void surface(const Surface&) override { ++events; }
+    void depthBias(float) override { ++events; }
+    void triangle(const std::array<Corner, 3>&) override { ++events; }
+    void line(const std::array<Vector3, 2>&) override { ++events; }
+    void light(const Light&) override { ++events; }
+    int64_t events = 0;
     int64_t visited = 0;
 };
 
@@ -78,22 +74,21 @@ MDLObject& walkModel(int64_t commands) {
 // it follows calls, tests and jumps over nearly every command.
 template <bool kScenario>
 void walkInto(benchmark::State& state) {
-    MDLObject& model = walkModel(state.range(0));
-    Scenario scenario = Scenario().set(1004, 3).set(300, 1);
-    for (int32_t variable = 100; variable < 900; ++variable)
-        scenario.set(variable, 1);
+    const MDLObject& model = walkModel(state.range(0));
+    std::optional<Scenario> scenario;
+    if constexpr (kScenario) {
+        scenario = Scenario().set(1004, 3).set(300, 1);
+        for (int32_t variable = 100; variable < 900; ++variable)
+            scenario->set(variable, 1);
+    }
     CountingSink sink;
     for (auto _ : state) {
         sink = CountingSink();
-        if constexpr (kScenario) {
-            model.glGenerateDrawList(sink, scenario);
-        } else {
-            model.glGenerateDrawList(sink);
-        }
+        model.walk(sink, scenario);
     }
     state.SetItemsProcessed(state.iterations() * sink.visited);
     state.counters["visited"] = static_cast<double>(sink.visited);
-    state.counters["operations"] = static_cast<double>(sink.operations);
+    state.counters["events"] = static_cast<double>(sink.events);
     if (sink.visited < state.range(0) / 2) state.SkipWithError("the walk skips most of the stream");
 }
 

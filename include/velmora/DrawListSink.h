@@ -7,8 +7,10 @@
 
 namespace velmora {
 
-// What the preview's walk over a model emits: the OpenGL operations that make up its display
-// list. One implementation forwards to OpenGL; DrawListRecorder keeps them in a list.
+// What MDLObject::glGenerateDrawList emits: the OpenGL 1.1 operations that make up the preview's
+// display list. One implementation forwards to OpenGL; DrawListRecorder keeps them in a list.
+// (A host that wants the geometry rather than the operations walks the model with a
+// GeometrySink.)
 class DrawListSink {
   public:
     virtual ~DrawListSink() = default;
@@ -24,23 +26,6 @@ class DrawListSink {
     virtual void glTexCoord2f(float s, float t) = 0;
     virtual void glVertex3f(float x, float y, float z) = 0;
     virtual void glEnd() = 0;
-
-    // Our own addition: what a walk knows beside the OpenGL operations, for sinks that export
-    // rather than draw. Each does nothing unless a sink overrides it.
-    // At a SET_MATERIAL, before its operations: the 0-based material and texture (-1: none).
-    virtual void selectMaterial(int32_t material, int32_t texture) {
-        static_cast<void>(material);
-        static_cast<void>(texture);
-    }
-    // Before each command the walk comes to: its 1-based position in the command list.
-    virtual void atCommand(int32_t position) { static_cast<void>(position); }
-    // At a BGL_LIGHT: where it stands, in the frame of glVertex3f, and its colour 0xAARRGGBB.
-    virtual void pointLight(float x, float y, float z, uint32_t colour) {
-        static_cast<void>(x);
-        static_cast<void>(y);
-        static_cast<void>(z);
-        static_cast<void>(colour);
-    }
 };
 
 // Keeps every operation, with its arguments, in order.

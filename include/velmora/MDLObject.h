@@ -23,6 +23,7 @@ namespace velmora {
 
 class OpenGLPreviewObject;
 class DrawListSink;
+class GeometrySink;
 
 // How far a load (or the preparation of the preview) has got.
 enum LoadingStatus : int32_t {
@@ -82,23 +83,31 @@ class MDLObject {
     void glPreparepreview(const std::shared_ptr<OpenGLPreviewObject>& oglPreview);
     void glLoadTextureList(const std::shared_ptr<OpenGLPreviewObject>& oglPObj);
     void glGenerateDrawList();
-    // The same walk, emitted to any sink (a recorder, say) instead of OpenGL.
+    // The same list, emitted to any sink (a recorder, say) instead of OpenGL.
     void glGenerateDrawList(DrawListSink& sink);
-    // Our own addition: the walk that follows the stream as the simulator would under a
-    // scenario (calls, returns, jumps, transforms, tests evaluated), emitting the same
-    // operations for what lies on the way. A stream that loops is error 100.
+    // The list of what the walk under `scenario` comes to (see walk).
     void glGenerateDrawList(DrawListSink& sink, const Scenario& scenario);
     void glDrawMDL(float heading, float pitch, float panX, float panY, float picWidth,
                    float picHeigth, int32_t hDC, float zoom);
 
-    // Our own addition: loads every texture that has a file keeping its alpha (glPointer gets
-    // the names), for glDrawView.
+    // Loads every texture that has a file keeping its alpha (glPointer gets the names), for
+    // glDrawView.
     void glPrepareView(const std::shared_ptr<OpenGLPreviewObject>& oglPreview);
-    // Our own addition: draws a frame into surface `hDC` as `view` describes it: the scenario
-    // walk under `scenario` (or, without one, the flat walk that draws every part), framed to fit
-    // what is drawn, and swaps it to the surface. Needs a current context (initOpenGL).
+    // Draws a frame into surface `hDC` as `view` describes it: the scenario walk under `scenario`
+    // (or, without one, the flat walk that draws every part), framed to fit what is drawn, and
+    // swaps it to the surface. Needs a current context (initOpenGL).
     ViewResult glDrawView(const View& view, int32_t hDC,
-                          const std::optional<Scenario>& scenario = Scenario());
+                          const std::optional<Scenario>& scenario = Scenario()) const;
+
+    // Walks the command stream and tells `sink` what the model is made of, in its own axes:
+    // each command come to, the surface of each SET_MATERIAL, depth biases, triangles, lines and
+    // lights. Without a scenario, every command in file order: jumps are not followed and tests
+    // not evaluated, so every part is emitted. With one, the stream as the simulator follows it:
+    // calls, returns, jumps and transforms taken, tests evaluated against the scenario, and only
+    // what lies on the way emitted; a stream that loops is error 100. A material, texture or
+    // vertex key outside its list is error 9, before anything of its command is emitted; every
+    // error names the command. The model is not changed.
+    void walk(GeometrySink& sink, const std::optional<Scenario>& scenario = std::nullopt) const;
 
     // Saving.
     void saveMDL(const std::string& file);
@@ -118,20 +127,20 @@ class MDLObject {
     void exportASM(const std::string& f);
     void exportFLT(const std::string& f, const std::string& texFormat, bool saveATTR = true,
                    float extraRotation = 0);
-    // Our own addition: writes the model as glTF 2.0: `f` ending in .glb for one binary file,
-    // in .gltf for JSON with a .bin and PNG images beside it. Images are found in
-    // `textureFolder` by the textures' names (as TextureList::findFiles finds them), or else at
-    // their `file`. Without a scenario every part is written, each seasonal variant and level
-    // of detail as a node of its own; with one, what the scenario walk draws. Every file is
-    // written beside its target and moved into place when whole.
+    // Writes the model as glTF 2.0: `f` ending in .glb for one binary file, in .gltf for JSON
+    // with a .bin and PNG images beside it. Images are found in `textureFolder` by the textures'
+    // names (as TextureList::findFiles finds them), or else at their `file`. Without a scenario
+    // every part is written, each seasonal variant and level of detail as a node of its own;
+    // with one, what the scenario walk draws. Every file is written beside its target and moved
+    // into place when whole.
     GLTFExport exportGLTF(const std::string& f, const std::string& textureFolder = "",
-                          const std::optional<Scenario>& scenario = std::nullopt);
+                          const std::optional<Scenario>& scenario = std::nullopt) const;
 
     void MDLPath(const std::string& value) { mdlPath_ = value; }
     // The path of the last load (or the one a host gave).
     const std::string& path() const { return mdlPath_; }
-    // Our own addition: the 16 bytes a compiled scenery file's model table gives the model (its
-    // GUID) when a scan found it there; empty otherwise.
+    // The 16 bytes a compiled scenery file's model table gives the model (its GUID) when a scan
+    // found it there; empty otherwise.
     const std::string& sceneryGuid() const { return sceneryGuid_; }
     void sceneryGuid(const std::string& bytes) { sceneryGuid_ = bytes; }
 
@@ -145,9 +154,6 @@ class MDLObject {
   private:
     void requireLoaded() const;
     void writeModelFile(const std::string& file);
-    // The scenario walk, or without a scenario the flat walk, into a sink that only collects:
-    // the draw list of the preview (drawListId) stays as it was.
-    void walkInto(DrawListSink& sink, const std::optional<Scenario>& scenario);
     void writeOpenFlight(const std::string& f, const std::string& texFormat, bool saveATTR,
                          float extraRotation);
 

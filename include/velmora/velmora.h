@@ -13,6 +13,8 @@
 #include <velmora/DrawListSink.h>
 #include <velmora/Error.h>
 #include <velmora/GLTFExport.h>
+#include <velmora/GeometryCollector.h>
+#include <velmora/GeometrySink.h>
 #include <velmora/GuardAnalysis.h>
 #include <velmora/Host.h>
 #include <velmora/IndexKey.h>

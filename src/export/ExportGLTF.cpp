@@ -1,3 +1,4 @@
+#include <velmora/GeometryCollector.h>
 #include <velmora/MDLObject.h>
 #include <velmora/StreamAnalysis.h>
 #include <velmora/Windows1252.h>
@@ -8,7 +9,6 @@
 #include "foundation/GeneralFunctions.h"
 #include "image/ImageFile.h"
 #include "model/TextureFiles.h"
-#include "walk/GeometryCollector.h"
 
 #include <algorithm>
 #include <cmath>
@@ -27,7 +27,6 @@ namespace velmora {
 namespace {
 
 using nlohmann::json;
-using walk::GeometryCollector;
 
 struct Output {
     std::string path;
@@ -41,9 +40,9 @@ Output outputOf(const std::string& f) {
     raisePlatformError(kInvalidProcedureCall, "give a file name ending in .glb or .gltf");
 }
 
-// A position or normal as the walks emit them (x, model z, model y), in glTF's axes.
-std::array<float, 3> gltfAxes(const std::array<float, 3>& exchanged) {
-    return {exchanged[0], exchanged[2], -exchanged[1]};
+// A position or direction of the model in glTF's axes.
+Vector3 gltfAxes(const Vector3& model) {
+    return {model[0], model[1], -model[2]};
 }
 
 // The triangle's corners in glTF, with a unit normal; nothing for a triangle without area.
@@ -63,7 +62,8 @@ std::optional<std::array<gltf::Vertex, 3>> cornersOf(const GeometryCollector::Tr
                                      u[0] * v[1] - u[1] * v[0]};
     const double area = std::hypot(face[0], face[1], face[2]);
     if (!(area > 0) || !std::isfinite(area)) return std::nullopt;
-    std::array<float, 3> normal = gltfAxes(t.normal);
+    // One normal for the triangle, its first corner's, as the simulator lights it.
+    std::array<float, 3> normal = gltfAxes(t.corners[0].normal);
     double length = std::hypot(normal[0], normal[1], normal[2]);
     if (!(length > 0) || !std::isfinite(length)) {
         normal = {static_cast<float>(face[0]), static_cast<float>(face[1]),
@@ -93,31 +93,27 @@ class Looks {
         folder_ = textureFolder;
     }
 
-    // The glTF material of a model material and texture (-1: none), and whether it is textured.
-    std::pair<int32_t, bool> material(int32_t material, int32_t texture) {
-        const auto key = std::pair(material, texture);
+    // The glTF material of a surface, made once for each material and texture (-1: none), and
+    // whether it is textured.
+    std::pair<int32_t, bool> material(const Surface& surface) {
+        const auto key = std::pair(surface.material, surface.texture);
         const auto found = made_.find(key);
         if (found != made_.end()) return found->second;
         gltf::MaterialLook look;
-        look.name = "material " + std::to_string(material);
-        const velmora::MaterialList& materials = *model_.MaterialList();
-        if (material >= 0 && material < materials.Count()) {
-            const velmora::material& m =
-                *materials.elements().at0(static_cast<std::size_t>(material));
-            look.baseColour = {clamp01(m.Diffuse()->r()), clamp01(m.Diffuse()->g()),
-                               clamp01(m.Diffuse()->b()), clamp01(m.Diffuse()->a())};
-            look.emissive = {clamp01(m.Emmisive()->r()), clamp01(m.Emmisive()->g()),
-                             clamp01(m.Emmisive()->b())};
-            // Roughness from the specular power: 0 matte, 8 gives 0.75, 32 gives 0.5, 128 0.1.
-            look.roughness =
-                std::clamp(1.0f - std::sqrt(std::max(0.0f, m.Power()) / 128.0f), 0.1f, 1.0f);
-            if (!std::isfinite(look.roughness)) look.roughness = 1;
-        }
+        look.name = "material " + std::to_string(surface.material);
+        look.baseColour = {clamp01(surface.diffuse[0]), clamp01(surface.diffuse[1]),
+                           clamp01(surface.diffuse[2]), clamp01(surface.diffuse[3])};
+        look.emissive = {clamp01(surface.emissive[0]), clamp01(surface.emissive[1]),
+                         clamp01(surface.emissive[2])};
+        // Roughness from the specular power: 0 matte, 8 gives 0.75, 32 gives 0.5, 128 0.1.
+        look.roughness =
+            std::clamp(1.0f - std::sqrt(std::max(0.0f, surface.power) / 128.0f), 0.1f, 1.0f);
+        if (!std::isfinite(look.roughness)) look.roughness = 1;
         if (look.baseColour[3] < 1) look.alpha = gltf::MaterialLook::Alpha::Blend;
-        const std::optional<Image> image = imageOf(texture);
+        const std::optional<Image> image = imageOf(surface.texture);
         if (image) {
             // A textured surface is lit white: the material's colours are not used.
-            look.name += ", " + utf8FromWindows1252(textureName(texture));
+            look.name += ", " + utf8FromWindows1252(textureName(surface.texture));
             look.baseColour = {1, 1, 1, 1};
             look.emissive = {0, 0, 0};
             look.image = image->index;
@@ -187,10 +183,13 @@ class NodeMesh {
         primitive.addTriangle(*corners);
         ++summary.triangles;
     }
-    std::vector<gltf::Primitive> primitives() const {
+    // The primitives, in the order of their materials; the mesh is empty afterwards.
+    std::vector<gltf::Primitive> takePrimitives() {
         std::vector<gltf::Primitive> out;
-        for (const auto& [material, primitive] : primitives_)
-            out.push_back(primitive);
+        out.reserve(primitives_.size());
+        for (auto& [material, primitive] : primitives_)
+            out.push_back(std::move(primitive));
+        primitives_.clear();
         return out;
     }
 
@@ -270,52 +269,76 @@ void writeFiles(const Output& out, const gltf::Builder& builder, GLTFExport& sum
     summary.bytes += static_cast<int64_t>(json.size());
 }
 
+// The triangles of each node: without a scenario, each seasonal variant and each branch of a
+// size test is a node of its own, and a triangle of a seasonal run goes into the node of every
+// variant with the surface set at that variant's SET_MATERIAL.
+std::map<NodeKey, NodeMesh> nodesOf(const GeometryCollector& geometry,
+                                    const StreamAnalysis* analysis, Looks& looks,
+                                    GLTFExport& summary) {
+    std::map<NodeKey, NodeMesh> nodes;
+    for (const auto& triangle : geometry.triangles()) {
+        const Surface& surface = geometry.surfaceOf(triangle);
+        NodeKey key;
+        const SeasonalRun* run = nullptr;
+        if (analysis) {
+            key.branch = analysis->branchOf(triangle.command);
+            run = analysis->runOf(surface.command);
+        }
+        if (run == nullptr || run->variants.size() < 2) {
+            nodes[key].add(triangle, looks.material(surface), summary);
+            continue;
+        }
+        for (const SeasonalVariant& variant : run->variants) {
+            key.variant = &variant;
+            const Surface* chosen = geometry.surfaceAt(variant.position);
+            nodes[key].add(triangle, looks.material(chosen ? *chosen : surface), summary);
+        }
+    }
+    return nodes;
+}
+
+// The lights as KHR_lights_punctual point lights of their colour.
+void addLights(const GeometryCollector& geometry, gltf::Builder& builder, GLTFExport& summary) {
+    for (const Light& light : geometry.lights()) {
+        const uint32_t c = light.colour;
+        builder.addPointLight(
+            gltfAxes(light.position),
+            {((c >> 16) & 255) / 255.0f, ((c >> 8) & 255) / 255.0f, (c & 255) / 255.0f},
+            "light " + std::to_string(++summary.lights));
+    }
+}
+
+json scenarioJson(const Scenario& scenario) {
+    json values = json::object();
+    for (const int32_t variable :
+         {variables::kDayOfYear, variables::kComplexity, variables::kTimeOfDay}) {
+        values[std::to_string(variable)] = scenario.value(variable);
+    }
+    for (const auto& [variable, value] : scenario.values())
+        values[std::to_string(variable)] = value;
+    return values;
+}
+
 }  // namespace
 
 GLTFExport MDLObject::exportGLTF(const std::string& f, const std::string& textureFolder,
-                                 const std::optional<Scenario>& scenario) {
+                                 const std::optional<Scenario>& scenario) const {
     try {
         const Output out = outputOf(f);
         GeometryCollector geometry;
-        walkInto(geometry, scenario);
+        walk(geometry, scenario);
 
         GLTFExport summary;
         gltf::Builder builder;
         Looks looks(*this, builder, textureFolder, summary);
-        // Without a scenario, each seasonal variant and each branch of a size test is a node.
         const StreamAnalysis analysis(*commandList_);
-        std::map<NodeKey, NodeMesh> nodes;
-        for (const auto& triangle : geometry.triangles()) {
-            const auto& surface = geometry.surfaces()[triangle.surface];
-            NodeKey key;
-            const SeasonalRun* run = nullptr;
-            if (!scenario) {
-                key.branch = analysis.branchOf(triangle.command);
-                run = analysis.runOf(surface.setAt);
-            }
-            if (run == nullptr || run->variants.size() < 2) {
-                nodes[key].add(triangle, looks.material(surface.material, surface.texture),
-                               summary);
-                continue;
-            }
-            for (const SeasonalVariant& variant : run->variants) {
-                key.variant = &variant;
-                nodes[key].add(triangle, looks.material(variant.material, variant.texture),
-                               summary);
-            }
+        for (auto& [key, mesh] :
+             nodesOf(geometry, scenario ? nullptr : &analysis, looks, summary)) {
+            std::vector<gltf::Primitive> primitives = mesh.takePrimitives();
+            summary.primitives += static_cast<int32_t>(primitives.size());
+            if (builder.addMeshNode(key.name(), primitives, key.extras()) >= 0) ++summary.nodes;
         }
-        for (const auto& [key, mesh] : nodes) {
-            if (builder.addMeshNode(key.name(), mesh.primitives(), key.extras()) >= 0)
-                ++summary.nodes;
-            summary.primitives += static_cast<int32_t>(mesh.primitives().size());
-        }
-        for (const auto& light : geometry.lights()) {
-            const uint32_t c = light.colour;
-            builder.addPointLight(
-                gltfAxes(light.position),
-                {((c >> 16) & 255) / 255.0f, ((c >> 8) & 255) / 255.0f, (c & 255) / 255.0f},
-                "light " + std::to_string(++summary.lights));
-        }
+        addLights(geometry, builder, summary);
 
         const std::string name = mdlPath_.empty() ? std::string("model")
                                                   : std::filesystem::path(mdlPath_).stem().string();
@@ -325,16 +348,7 @@ GLTFExport MDLObject::exportGLTF(const std::string& f, const std::string& textur
                     {"guard", guard.guardedCall() == 0 ? json(nullptr) : json(guard.formula())},
                     {"boundingBox", boxJson(required(boundingBox_))},
                     {"axes", "glTF (x, y, z) is the model's (x, y, -z): x east, y up, z south"}};
-        if (scenario) {
-            json values = json::object();
-            for (const int32_t variable :
-                 {variables::kDayOfYear, variables::kComplexity, variables::kTimeOfDay}) {
-                values[std::to_string(variable)] = scenario->value(variable);
-            }
-            for (const auto& [variable, value] : scenario->values())
-                values[std::to_string(variable)] = value;
-            extras["scenario"] = values;
-        }
+        if (scenario) extras["scenario"] = scenarioJson(*scenario);
         builder.finish(utf8FromWindows1252(name), extras);
         writeFiles(out, builder, summary);
         return summary;

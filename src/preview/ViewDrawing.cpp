@@ -1,10 +1,10 @@
+#include <velmora/GeometryCollector.h>
 #include <velmora/MDLObject.h>
 #include <velmora/OpenGLPreviewObject.h>
 
 #include "foundation/Errors.h"
 #include "foundation/Host.h"
 #include "preview/EglSurface.h"
-#include "walk/GeometryCollector.h"
 
 #include <GL/gl.h>
 #include <GL/glu.h>
@@ -18,21 +18,16 @@ namespace velmora {
 
 namespace {
 
-using walk::GeometryCollector;
-
 constexpr double kFieldOfView = 40;  // vertical, degrees
 constexpr double kMargin = 1.08;     // the fitted sphere leaves this much room around it
 
 using Point = std::array<double, 3>;
 
-// The walks emit (x, model z, model y); the drawing's world is right-handed with y up:
-// (x, model y, -model z), x to the east and -z to the north.
-Point world(const std::array<float, 3>& exchanged) {
-    return {exchanged[0], exchanged[2], -static_cast<double>(exchanged[1])};
+// The drawing's world is right-handed with y up: the model's (x, y, -z), x to the east and -z
+// to the north, as in glTF.
+Point world(const Vector3& model) {
+    return {model[0], model[1], -static_cast<double>(model[2])};
 }
-
-// Column-major: takes what the walks emit to the world above.
-constexpr GLfloat kExchangedToWorld[16] = {1, 0, 0, 0, 0, 0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1};
 
 void checkView(const View& view) {
     const auto finite = [](float v) { return std::isfinite(v); };
@@ -77,25 +72,67 @@ Sphere boundsOf(const std::vector<GeometryCollector::Triangle>& triangles) {
     return sphere;
 }
 
-void setSurface(const GeometryCollector::Surface& surface, const View& view) {
-    glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, surface.diffuse.data());
-    glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT, surface.ambient.data());
-    glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, surface.specular.data());
-    glMaterialfv(GL_FRONT_AND_BACK, GL_EMISSION, surface.emission.data());
-    if (surface.polygonOffset != 0) {
+// Where the camera stands and what it sees, in the world.
+struct Camera {
+    Point eye{};
+    Point centre{};
+    Point up{};
+    double distance = 0;
+    double aspect = 1;
+    double nearPlane = 0;
+    double farPlane = 0;
+};
+
+// The camera that looks at `sphere` along the view's heading and elevation from the view's
+// distance, or from where the sphere fits the frame with a margin.
+Camera cameraFor(const View& view, const Sphere& sphere, const egl::SurfacePixels& surface) {
+    Camera camera;
+    camera.centre = sphere.centre;
+    camera.aspect = static_cast<double>(surface.width) / surface.height;
+    const double halfHeight = kFieldOfView * std::numbers::pi / 360;
+    const double halfAngle = std::min(halfHeight, std::atan(camera.aspect * std::tan(halfHeight)));
+    const double fitted = sphere.radius / std::sin(halfAngle) * kMargin;
+    camera.distance = (view.distance > 0 ? view.distance : fitted) * 100.0 / view.zoom;
+
+    const double heading = view.heading * std::numbers::pi / 180;
+    const double elevation = std::clamp<double>(view.elevation, -90, 90) * std::numbers::pi / 180;
+    // The direction the camera looks along, in the world: north is -z.
+    const Point forward{std::sin(heading) * std::cos(elevation), -std::sin(elevation),
+                        -std::cos(heading) * std::cos(elevation)};
+    for (std::size_t a = 0; a < 3; ++a)
+        camera.eye[a] = sphere.centre[a] - camera.distance * forward[a];
+    // Looking straight up or down, "up" on the frame is the heading.
+    const bool vertical = std::abs(std::cos(elevation)) < 1e-6;
+    camera.up = vertical ? Point{std::sin(heading), 0, -std::cos(heading)} : Point{0, 1, 0};
+    camera.nearPlane =
+        std::max({camera.distance - sphere.radius * 1.05, camera.distance * 1e-4, 1e-3});
+    camera.farPlane = camera.distance + sphere.radius * 1.05;
+    return camera;
+}
+
+// The surface's look: a textured surface is lit white, with its image where one was loaded.
+void setSurface(const Surface& surface, float depthBias, const View& view) {
+    static constexpr std::array<float, 4> kWhite{1, 1, 1, 1};
+    static constexpr std::array<float, 4> kBlack{0, 0, 0, 0};
+    const bool textured = surface.texture >= 0;
+    glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, (textured ? kWhite : surface.diffuse).data());
+    glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT, (textured ? kWhite : surface.ambient).data());
+    glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, (textured ? kBlack : surface.specular).data());
+    glMaterialfv(GL_FRONT_AND_BACK, GL_EMISSION, (textured ? kBlack : surface.emissive).data());
+    if (depthBias != 0) {
         glEnable(GL_POLYGON_OFFSET_FILL);
-        glPolygonOffset(surface.polygonOffset, 0);
+        glPolygonOffset(-depthBias, 0);
     } else {
         glDisable(GL_POLYGON_OFFSET_FILL);
     }
-    if (surface.textureName == 0) {
+    if (!textured || surface.textureName == 0) {
         glDisable(GL_TEXTURE_2D);
         glDisable(GL_ALPHA_TEST);
         glDisable(GL_BLEND);
         return;
     }
     glEnable(GL_TEXTURE_2D);
-    glBindTexture(GL_TEXTURE_2D, surface.textureName);
+    glBindTexture(GL_TEXTURE_2D, static_cast<GLuint>(surface.textureName));
     glEnable(GL_ALPHA_TEST);
     if (view.blendAlpha) {
         // Clear texels still write no depth, so what lies behind them shows.
@@ -107,12 +144,12 @@ void setSurface(const GeometryCollector::Surface& surface, const View& view) {
     }
 }
 
-// The normal a triangle is lit with: its own, turned to the side the camera sees, since files
-// differ in winding and in which side their normals stand on; one worked out from the corners
-// where the file gives none.
-std::array<float, 3> litNormal(const GeometryCollector::Triangle& triangle, const Point& eye) {
-    std::array<double, 3> n{triangle.normal[0], triangle.normal[1], triangle.normal[2]};
+// The normal a triangle is lit with: its first corner's, turned to the side the camera sees,
+// since files differ in winding and in which side their normals stand on; one worked out from
+// the corners where the file gives none. `eye` is the camera in the model's axes.
+Vector3 litNormal(const GeometryCollector::Triangle& triangle, const Point& eye) {
     const auto& p = triangle.corners;
+    std::array<double, 3> n{p[0].normal[0], p[0].normal[1], p[0].normal[2]};
     if (n[0] == 0 && n[1] == 0 && n[2] == 0) {
         std::array<double, 3> u{}, v{};
         for (std::size_t a = 0; a < 3; ++a) {
@@ -129,89 +166,31 @@ std::array<float, 3> litNormal(const GeometryCollector::Triangle& triangle, cons
             static_cast<float>(sign * n[2])};
 }
 
-// `eye` is the camera's position as the walks emit positions.
+// The triangles in the model's axes, the modelview taking them to the world.
 void drawTriangles(const GeometryCollector& geometry, const View& view, const Point& eye) {
-    std::size_t current = SIZE_MAX;
-    bool open = false;
+    const GeometryCollector::Triangle* previous = nullptr;
     for (const auto& triangle : geometry.triangles()) {
-        if (triangle.surface != current) {
-            if (open) glEnd();
-            current = triangle.surface;
-            setSurface(geometry.surfaces()[current], view);
+        if (!previous || triangle.surface != previous->surface ||
+            triangle.depthBias != previous->depthBias) {
+            if (previous) glEnd();
+            setSurface(geometry.surfaceOf(triangle), triangle.depthBias, view);
             glBegin(GL_TRIANGLES);
-            open = true;
         }
-        const std::array<float, 3> normal =
-            view.cullBackFaces ? triangle.normal : litNormal(triangle, eye);
+        previous = &triangle;
+        const Vector3 normal =
+            view.cullBackFaces ? triangle.corners[0].normal : litNormal(triangle, eye);
         glNormal3f(normal[0], normal[1], normal[2]);
         for (const auto& corner : triangle.corners) {
             glTexCoord2f(corner.texCoord[0], corner.texCoord[1]);
             glVertex3f(corner.position[0], corner.position[1], corner.position[2]);
         }
     }
-    if (open) glEnd();
+    if (previous) glEnd();
 }
 
-int64_t coveredPixels(int32_t width, int32_t height) {
-    std::vector<float> depth(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
-    glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glReadPixels(0, 0, width, height, GL_DEPTH_COMPONENT, GL_FLOAT, depth.data());
-    glPixelStorei(GL_PACK_ALIGNMENT, 4);
-    return std::count_if(depth.begin(), depth.end(), [](float d) { return d < 1.0f; });
-}
-
-}  // namespace
-
-void MDLObject::glPrepareView(const std::shared_ptr<OpenGLPreviewObject>& oglPreview) {
-    for (const auto& entry : required(textureList_).elements()) {
-        yieldToHost();
-        entry->glPointer(
-            entry->file().empty() ? 0 : required(oglPreview).loadTextureWithAlpha(entry->file()));
-    }
-}
-
-ViewResult MDLObject::glDrawView(const View& view, int32_t hDC,
-                                 const std::optional<Scenario>& scenario) {
-    checkView(view);
-    const egl::SurfacePixels surface = egl::surfacePixels(hDC);
-
-    // What is drawn, with its extent, before anything is drawn: the walk goes to a collector.
-    GeometryCollector geometry;
-    std::optional<Scenario> walked = scenario;
-    if (walked && !walked->viewerHeading()) walked->viewerHeading(view.heading);
-    if (walked && view.distance > 0 && !walked->viewingDistance()) {
-        walked->viewingDistance(view.distance * 100.0 / view.zoom);
-    }
-    walkInto(geometry, walked);
-
-    ViewResult result;
-    result.triangles = static_cast<int64_t>(geometry.triangles().size());
-    const Sphere sphere = boundsOf(geometry.triangles());
-    const double aspect = static_cast<double>(surface.width) / surface.height;
-    const double halfHeight = kFieldOfView * std::numbers::pi / 360;
-    const double halfAngle = std::min(halfHeight, std::atan(aspect * std::tan(halfHeight)));
-    double distance =
-        view.distance > 0 ? view.distance : sphere.radius / std::sin(halfAngle) * kMargin;
-    distance = distance * 100.0 / view.zoom;
-    result.distance = static_cast<float>(distance);
-    result.radius = static_cast<float>(sphere.radius);
-    for (std::size_t a = 0; a < 3; ++a)
-        result.centre[a] = static_cast<float>(sphere.centre[a]);
-
-    const double heading = view.heading * std::numbers::pi / 180;
-    const double elevation = std::clamp<double>(view.elevation, -90, 90) * std::numbers::pi / 180;
-    // The direction the camera looks along, in the world: north is -z.
-    const Point forward{std::sin(heading) * std::cos(elevation), -std::sin(elevation),
-                        -std::cos(heading) * std::cos(elevation)};
-    const Point eye{sphere.centre[0] - distance * forward[0],
-                    sphere.centre[1] - distance * forward[1],
-                    sphere.centre[2] - distance * forward[2]};
-    // Looking straight up or down, "up" on the frame is the heading.
-    const bool vertical = std::abs(std::cos(elevation)) < 1e-6;
-    const Point up = vertical ? Point{std::sin(heading), 0, -std::cos(heading)} : Point{0, 1, 0};
-    const double nearPlane = std::max({distance - sphere.radius * 1.05, distance * 1e-4, 1e-3});
-    const double farPlane = distance + sphere.radius * 1.05;
-
+// The frame's state, projection and lights, and the camera; the modelview takes the model's
+// axes to the world.
+void beginFrame(const View& view, const Camera& camera, const egl::SurfacePixels& surface) {
     glPushAttrib(GL_ALL_ATTRIB_BITS);
     glViewport(0, 0, surface.width, surface.height);
     glClearColor(view.background[0], view.background[1], view.background[2], 1.0f);
@@ -232,7 +211,7 @@ ViewResult MDLObject::glDrawView(const View& view, int32_t hDC,
     glMatrixMode(GL_PROJECTION);
     glPushMatrix();
     glLoadIdentity();
-    gluPerspective(kFieldOfView, aspect, nearPlane, farPlane);
+    gluPerspective(kFieldOfView, camera.aspect, camera.nearPlane, camera.farPlane);
     glMatrixMode(GL_MODELVIEW);
     glPushMatrix();
     glLoadIdentity();
@@ -250,21 +229,72 @@ ViewResult MDLObject::glDrawView(const View& view, int32_t hDC,
     glEnable(GL_LIGHTING);
     glEnable(GL_LIGHT0);
     glEnable(GL_NORMALIZE);
-    gluLookAt(eye[0], eye[1], eye[2], sphere.centre[0], sphere.centre[1], sphere.centre[2], up[0],
-              up[1], up[2]);
-    glMultMatrixf(kExchangedToWorld);
+    gluLookAt(camera.eye[0], camera.eye[1], camera.eye[2], camera.centre[0], camera.centre[1],
+              camera.centre[2], camera.up[0], camera.up[1], camera.up[2]);
+    glScalef(1, 1, -1);
+}
 
-    // The camera where the walks emit positions: (x, model z, model y) of the world's (x, y, -z).
-    drawTriangles(geometry, view, Point{eye[0], -eye[2], eye[1]});
-    glFinish();
-    result.pixels = coveredPixels(surface.width, surface.height);
-
+void endFrame() {
     glMatrixMode(GL_MODELVIEW);
     glPopMatrix();
     glMatrixMode(GL_PROJECTION);
     glPopMatrix();
     glMatrixMode(GL_MODELVIEW);
     glPopAttrib();
+}
+
+int64_t coveredPixels(int32_t width, int32_t height) {
+    std::vector<float> depth(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glReadPixels(0, 0, width, height, GL_DEPTH_COMPONENT, GL_FLOAT, depth.data());
+    glPixelStorei(GL_PACK_ALIGNMENT, 4);
+    return std::count_if(depth.begin(), depth.end(), [](float d) { return d < 1.0f; });
+}
+
+// The scenario the view walks under: parts that turn to the viewer face the camera, and size
+// tests see the model from the view's distance when it gives one.
+std::optional<Scenario> scenarioFor(const View& view, const std::optional<Scenario>& scenario) {
+    std::optional<Scenario> walked = scenario;
+    if (walked && !walked->viewerHeading()) walked->viewerHeading(view.heading);
+    if (walked && view.distance > 0 && !walked->viewingDistance()) {
+        walked->viewingDistance(view.distance * 100.0 / view.zoom);
+    }
+    return walked;
+}
+
+}  // namespace
+
+void MDLObject::glPrepareView(const std::shared_ptr<OpenGLPreviewObject>& oglPreview) {
+    for (const auto& entry : required(textureList_).elements()) {
+        yieldToHost();
+        entry->glPointer(
+            entry->file().empty() ? 0 : required(oglPreview).loadTextureWithAlpha(entry->file()));
+    }
+}
+
+ViewResult MDLObject::glDrawView(const View& view, int32_t hDC,
+                                 const std::optional<Scenario>& scenario) const {
+    checkView(view);
+    const egl::SurfacePixels surface = egl::surfacePixels(hDC);
+
+    // What is drawn, with its extent, before anything is drawn: the walk goes to a collector.
+    GeometryCollector geometry;
+    walk(geometry, scenarioFor(view, scenario));
+    const Sphere sphere = boundsOf(geometry.triangles());
+    const Camera camera = cameraFor(view, sphere, surface);
+
+    ViewResult result;
+    result.triangles = static_cast<int64_t>(geometry.triangles().size());
+    result.distance = static_cast<float>(camera.distance);
+    result.radius = static_cast<float>(sphere.radius);
+    for (std::size_t a = 0; a < 3; ++a)
+        result.centre[a] = static_cast<float>(sphere.centre[a]);
+
+    beginFrame(view, camera, surface);
+    drawTriangles(geometry, view, Point{camera.eye[0], camera.eye[1], -camera.eye[2]});
+    glFinish();
+    result.pixels = coveredPixels(surface.width, surface.height);
+    endFrame();
     egl::swapBuffers(hDC);
     return result;
 }

@@ -2,33 +2,35 @@
 #include <velmora/MDLObject.h>
 
 #include "foundation/Errors.h"
-#include "foundation/Host.h"
-#include "foundation/NumberText.h"
-#include "walk/DrawEmitter.h"
+#include "walk/DrawListAdapter.h"
+#include "walk/Walks.h"
 
 namespace velmora {
 
-void MDLObject::glGenerateDrawList(DrawListSink& sink) {
-    const velmora::BGLCommandList& commands = required(commandList_);
-    walk::DrawEmitter emitter(required(materialList_), required(textureList_),
-                              required(vertexList_), sink);
+namespace {
 
-    drawListId_ = numbers::narrow16(static_cast<int64_t>(sink.glGenLists(1)));
-    sink.glNewList(static_cast<uint32_t>(drawListId_), walk::kCompile);
-    // A flat pass in file order: jumps are not followed and tests not evaluated, so every
-    // triangle of the stream is drawn.
-    int32_t position = 0;
-    try {
-        for (const auto& element : commands.commands()) {
-            yieldToHost();
-            ++position;
-            sink.atCommand(position);
-            emitter.emit(*element);
-        }
-    } catch (Error& error) {
-        throw error.setCommand(position);
-    }
-    sink.glEndList();
+// The display list of a walk: its name goes to `drawListId`, then the walk's geometry as the
+// operations of the list. The model must be loaded before a name is taken.
+void recordList(const MDLObject& model, DrawListSink& sink, int16_t& drawListId,
+                const Scenario* scenario) {
+    required(model.BGLCommandList());
+    required(model.MaterialList());
+    required(model.TextureList());
+    required(model.VertexList());
+    walk::DrawListAdapter adapter(sink);
+    drawListId = adapter.beginList();
+    walk::walkModel(model, adapter, scenario);
+    adapter.endList();
+}
+
+}  // namespace
+
+void MDLObject::glGenerateDrawList(DrawListSink& sink) {
+    recordList(*this, sink, drawListId_, nullptr);
+}
+
+void MDLObject::glGenerateDrawList(DrawListSink& sink, const Scenario& scenario) {
+    recordList(*this, sink, drawListId_, &scenario);
 }
 
 }  // namespace velmora

@@ -1,4 +1,4 @@
-#include "walk/DrawEmitter.h"
+#include "walk/GeometryEmitter.h"
 
 #include "bgl/CommandSlots.h"
 #include "foundation/Errors.h"
@@ -6,17 +6,10 @@
 
 #include <algorithm>
 #include <climits>
-#include <cmath>
-#include <numbers>
 
 namespace velmora::walk {
 
 namespace {
-
-using Colour = std::array<float, 4>;
-
-constexpr Colour kWhite{1.0f, 1.0f, 1.0f, 1.0f};
-constexpr Colour kBlack{0.0f, 0.0f, 0.0f, 0.0f};
 
 using MarkPosition = Error& (Error::*)(int32_t);
 
@@ -34,7 +27,7 @@ const T& itemAt(const KeyedCollection<T>& list, int64_t position, const char* wh
     return *list.at0(static_cast<std::size_t>(position - 1));
 }
 
-Colour rgba(const std::shared_ptr<color>& c) {
+std::array<float, 4> rgba(const std::shared_ptr<color>& c) {
     return {required(c).r(), c->g(), c->b(), c->a()};
 }
 
@@ -44,156 +37,127 @@ double parameter(const BGLCommand& command, int index) {
 
 }  // namespace
 
-std::array<float, 3> Transform::point(float x, float y, float z) const {
-    return {m[0] * x + m[1] * y + m[2] * z + m[9], m[3] * x + m[4] * y + m[5] * z + m[10],
-            m[6] * x + m[7] * y + m[8] * z + m[11]};
-}
-
-std::array<float, 3> Transform::direction(float x, float y, float z) const {
-    return {m[0] * x + m[1] * y + m[2] * z, m[3] * x + m[4] * y + m[5] * z,
-            m[6] * x + m[7] * y + m[8] * z};
-}
-
-Transform Transform::after(const Transform& inner) const {
-    Transform out;
-    for (int r = 0; r < 3; ++r) {
-        for (int c = 0; c < 3; ++c) {
-            out.m[static_cast<std::size_t>(3 * r + c)] =
-                m[static_cast<std::size_t>(3 * r)] * inner.m[static_cast<std::size_t>(c)] +
-                m[static_cast<std::size_t>(3 * r + 1)] * inner.m[static_cast<std::size_t>(3 + c)] +
-                m[static_cast<std::size_t>(3 * r + 2)] * inner.m[static_cast<std::size_t>(6 + c)];
-        }
-    }
-    const auto moved = point(inner.m[9], inner.m[10], inner.m[11]);
-    out.m[9] = moved[0];
-    out.m[10] = moved[1];
-    out.m[11] = moved[2];
-    return out;
-}
-
-Transform Transform::turnAboutVertical(float degrees) {
-    const double radians = degrees * std::numbers::pi / 180.0;
-    const auto c = static_cast<float>(std::cos(radians));
-    const auto s = static_cast<float>(std::sin(radians));
-    // +z turns towards +x: x' = c x + s z, z' = -s x + c z.
-    return Transform{{c, 0, s, 0, 1, 0, -s, 0, c, 0, 0, 0}};
-}
-
-bool Transform::isIdentity() const {
-    return m == Transform{}.m;
-}
-
-DrawEmitter::DrawEmitter(const MaterialList& materials, const TextureList& textures,
-                         const VertexList& vertices, DrawListSink& sink)
+GeometryEmitter::GeometryEmitter(const MaterialList& materials, const TextureList& textures,
+                                 const VertexList& vertices, GeometrySink& sink)
     : materials_(materials.elements()),
       textures_(textures.elements()),
       vertices_(vertices.elements()),
       sink_(sink) {}
 
-void DrawEmitter::emit(const BGLCommand& command) {
+void GeometryEmitter::emit(const BGLCommand& command, int32_t position) {
     switch (command.opcode()) {
         case BGL_ZBIAS:
             zBias(command);
             break;
         case SET_MATERIAL:
-            setMaterial(command);
+            setMaterial(command, position);
             break;
         case DRAW_TRI_LIST_BEGIN:
-            beginTriangleList(command);
+            vertexBase_ = numbers::toInt32(parameter(command, 0));
             break;
         case DRAW_TRI_LIST_ITEM:
             triangle(command);
             break;
+        case DRAW_LINE_LIST_BEGIN:
+            try {
+                lineBase_ = numbers::toInt32(parameter(command, 0));
+            } catch (const Error&) {
+                lineBase_ = 0;  // lines draw nothing in the preview, so they never fail a walk
+            }
+            break;
+        case DRAW_LINE_LIST_ITEM:
+            line(command);
+            break;
         case BGL_LIGHT:
-            light(command);
+            light(command, position);
             break;
         default:
             break;
     }
 }
 
-void DrawEmitter::light(const BGLCommand& command) {
-    std::array<float, 3> p{};
-    uint32_t colour = 0;
-    try {
-        p = transform_.point(static_cast<float>(parameter(command, 1)),
-                             static_cast<float>(parameter(command, 2)),
-                             static_cast<float>(parameter(command, 3)));
-        colour = static_cast<uint32_t>(numbers::toInt32(parameter(command, 7)));
-    } catch (const Error&) {
-        return;  // a light whose parameters are no numbers draws nothing, as every light
-    }
-    sink_.pointLight(p[0], p[2], p[1], colour);
+void GeometryEmitter::zBias(const BGLCommand& command) {
+    sink_.depthBias(numbers::toSingle(parameter(command, 0)));
 }
 
-void DrawEmitter::zBias(const BGLCommand& command) {
-    sink_.glPolygonOffset(numbers::toSingle(-parameter(command, 0)), 0.0f);
-}
-
-void DrawEmitter::setMaterial(const BGLCommand& command) {
+void GeometryEmitter::setMaterial(const BGLCommand& command, int32_t position) {
     // The material is read in both cases, so an untextured surface needs a valid one too.
     const int32_t materialPosition = numbers::toInt32(parameter(command, 0) + 1.0);
     const material& m = itemAt(materials_, materialPosition, "material", &Error::setMaterial);
-    const Colour diffuse = rgba(m.Diffuse());
-    const Colour ambient = rgba(m.Ambient());
-    const Colour specular = rgba(m.Specular());
-    const Colour emissive = rgba(m.Emmisive());
+    Surface surface;
+    surface.material = materialPosition - 1;
+    surface.diffuse = rgba(m.Diffuse());
+    surface.ambient = rgba(m.Ambient());
+    surface.specular = rgba(m.Specular());
+    surface.emissive = rgba(m.Emmisive());
+    surface.power = m.Power();
+    surface.command = position;
     const double textureIndex = parameter(command, 1);
-    if (textureIndex == -1.0) {
-        sink_.selectMaterial(materialPosition - 1, -1);
-        sink_.glBindTexture(kTexture2D, kNoTexture);
-        sink_.glMaterialfv(kFront, kDiffuse, diffuse);
-        sink_.glMaterialfv(kFront, kAmbient, ambient);
-        sink_.glMaterialfv(kFront, kSpecular, specular);
-        sink_.glMaterialfv(kFront, kEmission, emissive);
-        return;
+    if (textureIndex != -1.0) {
+        const int32_t texturePosition = numbers::toInt32(textureIndex + 1.0);
+        const texture& t = itemAt(textures_, texturePosition, "texture", &Error::setTexture);
+        surface.texture = texturePosition - 1;
+        surface.textureName = t.glPointer();
     }
-    // A textured surface is lit white: its material's colours are not used.
-    const int32_t texturePosition = numbers::toInt32(textureIndex + 1.0);
-    const texture& t = itemAt(textures_, texturePosition, "texture", &Error::setTexture);
-    sink_.selectMaterial(materialPosition - 1, texturePosition - 1);
-    sink_.glBindTexture(kTexture2D, static_cast<uint32_t>(t.glPointer()));
-    sink_.glMaterialfv(kFront, kDiffuse, kWhite);
-    sink_.glMaterialfv(kFront, kAmbient, kWhite);
-    sink_.glMaterialfv(kFront, kSpecular, kBlack);
-    sink_.glMaterialfv(kFront, kEmission, kBlack);
+    sink_.surface(surface);
 }
 
-void DrawEmitter::beginTriangleList(const BGLCommand& command) {
-    vertexBase_ = numbers::toInt32(parameter(command, 0));
+Corner GeometryEmitter::cornerOf(const Vertex& v) const {
+    Corner corner{{v.x(), v.y(), v.z()}, {v.nx(), v.ny(), v.nz()}, {v.tx(), v.ty()}};
+    if (transformed_) {
+        corner.position = transform_.point(corner.position);
+        corner.normal = transform_.direction(corner.normal);
+    }
+    return corner;
 }
 
-void DrawEmitter::triangle(const BGLCommand& command) {
+// All three corners are fetched before the triangle is emitted.
+void GeometryEmitter::triangle(const BGLCommand& command) {
     const double offset = static_cast<double>(numbers::narrow32(int64_t{vertexBase_} + 1));
     std::array<int32_t, 3> keys{};
-    for (int k = 0; k < 3; ++k)
-        keys[static_cast<std::size_t>(k)] = numbers::toInt32(parameter(command, k) + offset);
-    drawTriangle(keys[0], keys[1], keys[2]);
+    for (std::size_t k = 0; k < 3; ++k)
+        keys[k] = numbers::toInt32(parameter(command, static_cast<int>(k)) + offset);
+    const Vertex& a = itemAt(vertices_, keys[0], "vertex", &Error::setVertex);
+    const Vertex& b = itemAt(vertices_, keys[1], "vertex", &Error::setVertex);
+    const Vertex& c = itemAt(vertices_, keys[2], "vertex", &Error::setVertex);
+    sink_.triangle({cornerOf(a), cornerOf(b), cornerOf(c)});
 }
 
-// One polygon per triangle, with the first vertex's normal for all three.
-void DrawEmitter::drawTriangle(int32_t key1, int32_t key2, int32_t key3) {
-    const std::array<const Vertex*, 3> corners{
-        &itemAt(vertices_, key1, "vertex", &Error::setVertex),
-        &itemAt(vertices_, key2, "vertex", &Error::setVertex),
-        &itemAt(vertices_, key3, "vertex", &Error::setVertex)};
-    sink_.glBegin(kPolygon);
-    if (!transformed_) {
-        sink_.glNormal3f(corners[0]->nx(), corners[0]->nz(), corners[0]->ny());
-        for (const Vertex* v : corners) {
-            sink_.glTexCoord2f(v->tx(), v->ty());
-            sink_.glVertex3f(v->x(), v->z(), v->y());
+// A line whose vertices are not both in the model, or whose parameters are no numbers, is
+// passed over.
+void GeometryEmitter::line(const BGLCommand& command) {
+    std::array<Vector3, 2> ends{};
+    try {
+        for (std::size_t k = 0; k < 2; ++k) {
+            const int64_t key =
+                int64_t{numbers::toInt32(parameter(command, static_cast<int>(k)))} + lineBase_ + 1;
+            if (key < 1 || key > vertices_.Count()) return;
+            const Vertex& v = *vertices_.at0(static_cast<std::size_t>(key - 1));
+            ends[k] = transform_.point({v.x(), v.y(), v.z()});
         }
-    } else {
-        const auto n = transform_.direction(corners[0]->nx(), corners[0]->ny(), corners[0]->nz());
-        sink_.glNormal3f(n[0], n[2], n[1]);
-        for (const Vertex* v : corners) {
-            sink_.glTexCoord2f(v->tx(), v->ty());
-            const auto p = transform_.point(v->x(), v->y(), v->z());
-            sink_.glVertex3f(p[0], p[2], p[1]);
-        }
+    } catch (const Error&) {
+        return;
     }
-    sink_.glEnd();
+    sink_.line(ends);
+}
+
+void GeometryEmitter::light(const BGLCommand& command, int32_t position) {
+    Light light;
+    light.command = position;
+    try {
+        light.position = transform_.point({static_cast<float>(parameter(command, 1)),
+                                           static_cast<float>(parameter(command, 2)),
+                                           static_cast<float>(parameter(command, 3))});
+        light.colour = static_cast<uint32_t>(numbers::toInt32(parameter(command, 7)));
+    } catch (const Error&) {
+        return;  // a light whose place or colour is no number is passed over
+    }
+    try {
+        light.type = numbers::toInt32(parameter(command, 0));
+    } catch (const Error&) {
+        light.type = 0;
+    }
+    sink_.light(light);
 }
 
 }  // namespace velmora::walk

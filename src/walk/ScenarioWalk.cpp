@@ -1,17 +1,16 @@
-#include <velmora/DrawListSink.h>
-#include <velmora/MDLObject.h>
 #include <velmora/Scenario.h>
 
-#include "bgl/CommandSlots.h"
 #include "analysis/StreamTests.h"
+#include "bgl/CommandSlots.h"
 #include "foundation/Errors.h"
 #include "foundation/Host.h"
 #include "foundation/NumberText.h"
-#include "walk/DrawEmitter.h"
+#include "walk/Walks.h"
 
+#include <algorithm>
 #include <vector>
 
-namespace velmora {
+namespace velmora::walk {
 
 namespace {
 
@@ -44,7 +43,7 @@ bool holds(const detail::TestReading& test, const Scenario& scenario) {
 }
 
 // The turn a SPRITE_VICALL gives the part it calls: to face the viewer, or with the wind.
-walk::Transform spriteTurn(const BGLCommand& call, const Scenario& scenario) {
+Transform spriteTurn(const BGLCommand& call, const Scenario& scenario) {
     const auto number = [&call](int index) {
         try {
             return CommandSlots::number(call, index);
@@ -53,20 +52,20 @@ walk::Transform spriteTurn(const BGLCommand& call, const Scenario& scenario) {
         }
     };
     if (number(9) == variables::kWindHeading)
-        return walk::Transform::turnAboutVertical(scenario.windHeading());
+        return Transform::turnAboutVertical(scenario.windHeading());
     if (number(6) == 1 && scenario.viewerHeading()) {
-        return walk::Transform::turnAboutVertical(*scenario.viewerHeading());
+        return Transform::turnAboutVertical(*scenario.viewerHeading());
     }
     return {};
 }
 
 // A transform whose matrix stands in the command: nine numbers row by row, then the translation.
-walk::Transform transformOf(const BGLCommand& command) {
-    walk::Transform transform;
+Transform transformOf(const BGLCommand& command) {
+    Transform transform;
     for (int i = 0; i < 12; ++i) {
-        if (detail::CommandSlots::isEmpty(command, i)) return {};
+        if (CommandSlots::isEmpty(command, i)) return {};
         transform.m[static_cast<std::size_t>(i)] =
-            static_cast<float>(detail::CommandSlots::number(command, i));
+            static_cast<float>(CommandSlots::number(command, i));
     }
     return transform;
 }
@@ -76,36 +75,94 @@ walk::Transform transformOf(const BGLCommand& command) {
     throw error.setCommand(position).setDetail(why);
 }
 
-}  // namespace
+// The calls under way, each with the depth of the transform stack it came with; the transforms
+// in force go to the emitter whenever they change.
+class CallStack {
+  public:
+    explicit CallStack(GeometryEmitter& emitter) : emitter_(emitter) {}
 
-// Follows the stream from its first command as the simulator would: tests decide where it goes,
-// jumps and calls are taken, a return goes back to the command behind the call, BGL_END or a
-// return from the top ends it, and only what lies on the way is drawn.
-void MDLObject::glGenerateDrawList(DrawListSink& sink, const Scenario& scenario) {
-    const velmora::BGLCommandList& list = required(commandList_);
-    walk::DrawEmitter emitter(required(materialList_), required(textureList_),
-                              required(vertexList_), sink);
-    const auto& commands = list.commands();
-    const auto count = static_cast<int32_t>(commands.Count());
+    void call(int32_t from, const Transform* turn) {
+        if (calls_.size() >= kDeepestCalls)
+            raiseEndless(from, "calls nest deeper than " + numbers::formatGrouped(kDeepestCalls));
+        calls_.push_back({from + 1, transforms_.size()});
+        if (turn) apply(*turn);
+    }
+    // Where the walk goes on after a BGL_RETURN: behind the call, or 0 (the end) at the top.
+    int32_t back() {
+        if (calls_.empty()) return 0;
+        restore(calls_.back().transforms);
+        const int32_t to = calls_.back().returnTo;
+        calls_.pop_back();
+        return to;
+    }
+    void apply(const Transform& t) {
+        transforms_.push_back(transforms_.back().after(t));
+        emitter_.transform(transforms_.back());
+    }
+    void endTransform() { restore(transforms_.size() - 1); }
 
-    drawListId_ = numbers::narrow16(static_cast<int64_t>(sink.glGenLists(1)));
-    sink.glNewList(static_cast<uint32_t>(drawListId_), walk::kCompile);
-
+  private:
     struct Call {
         int32_t returnTo;
         std::size_t transforms;  // depth of the transform stack at the call
     };
-    std::vector<Call> calls;
-    std::vector<walk::Transform> transforms{walk::Transform{}};
-    const auto apply = [&](const walk::Transform& t) {
-        transforms.push_back(transforms.back().after(t));
-        emitter.transform(transforms.back());
-    };
-    const auto restore = [&](std::size_t depth) {
-        transforms.resize(std::max<std::size_t>(depth, 1));
-        emitter.transform(transforms.back());
-    };
+    void restore(std::size_t depth) {
+        transforms_.resize(std::max<std::size_t>(depth, 1));
+        emitter_.transform(transforms_.back());
+    }
 
+    GeometryEmitter& emitter_;
+    std::vector<Call> calls_;
+    std::vector<Transform> transforms_{Transform{}};
+};
+
+// Does what the command at `p` does and gives the position the walk goes on at.
+int32_t step(const BGLCommand& command, int32_t p, const Scenario& scenario, CallStack& calls,
+             GeometryEmitter& emitter) {
+    const BGLOpcode opcode = command.opcode();
+    if (detail::isTest(opcode)) {
+        return holds(detail::readTest(command, false), scenario) ? p + 1
+                                                                 : CommandSlots::jump(command, 0);
+    }
+    switch (opcode) {
+        case jump:
+        case BGL_JUMP_32:
+            return CommandSlots::jump(command, 0);
+        case BGL_CALL:
+        case BGL_CALL_32:
+            calls.call(p, nullptr);
+            return CommandSlots::jump(command, 0);
+        case SPRITE_VICALL: {
+            const Transform turn = spriteTurn(command, scenario);
+            calls.call(p, &turn);
+            return CommandSlots::jump(command, 0);
+        }
+        case BGL_RETURN:
+            return calls.back();
+        case BGL_END:
+            return 0;
+        case BGL_TRANSFORM_MAT:
+            calls.apply(transformOf(command));
+            return p + 1;
+        case BGL_TRANSFORM_END:
+            calls.endTransform();
+            return p + 1;
+        default:
+            emitter.emit(command, p);
+            return p + 1;
+    }
+}
+
+}  // namespace
+
+// Follows the stream from its first command as the simulator would: tests decide where it goes,
+// jumps and calls are taken, a return goes back to the command behind the call, BGL_END or a
+// return from the top ends it, and only what lies on the way is emitted.
+void followAsSimulated(const BGLCommandList& list, GeometryEmitter& emitter, GeometrySink& sink,
+                       const Scenario& scenario) {
+    const auto& commands = list.commands();
+    const auto count = static_cast<int32_t>(commands.Count());
+    CallStack calls(emitter);
     const int64_t mostSteps = kStepsPerCommand * (int64_t{count} + 16);
     int64_t steps = 0;
     int32_t p = 1;
@@ -117,75 +174,11 @@ void MDLObject::glGenerateDrawList(DrawListSink& sink, const Scenario& scenario)
                                     " steps; the stream loops");
             }
             sink.atCommand(p);
-            const BGLCommand& command = *commands.at0(static_cast<std::size_t>(p - 1));
-            const BGLOpcode opcode = command.opcode();
-            if (detail::isTest(opcode)) {
-                p = holds(detail::readTest(command, false), scenario)
-                        ? p + 1
-                        : CommandSlots::jump(command, 0);
-                continue;
-            }
-            switch (opcode) {
-                case jump:
-                case BGL_JUMP_32:
-                    p = CommandSlots::jump(command, 0);
-                    break;
-                case BGL_CALL:
-                case BGL_CALL_32:
-                case SPRITE_VICALL:
-                    if (calls.size() >= kDeepestCalls) {
-                        raiseEndless(
-                            p, "calls nest deeper than " + numbers::formatGrouped(kDeepestCalls));
-                    }
-                    calls.push_back({p + 1, transforms.size()});
-                    if (opcode == SPRITE_VICALL) apply(spriteTurn(command, scenario));
-                    p = CommandSlots::jump(command, 0);
-                    break;
-                case BGL_RETURN:
-                    if (calls.empty()) {
-                        p = 0;
-                        break;
-                    }
-                    restore(calls.back().transforms);
-                    p = calls.back().returnTo;
-                    calls.pop_back();
-                    break;
-                case BGL_END:
-                    p = 0;
-                    break;
-                case BGL_TRANSFORM_MAT:
-                    apply(transformOf(command));
-                    ++p;
-                    break;
-                case BGL_TRANSFORM_END:
-                    restore(transforms.size() - 1);
-                    ++p;
-                    break;
-                default:
-                    emitter.emit(command);
-                    ++p;
-                    break;
-            }
+            p = step(*commands.at0(static_cast<std::size_t>(p - 1)), p, scenario, calls, emitter);
         }
     } catch (Error& error) {
         throw error.setCommand(p);
     }
-    sink.glEndList();
 }
 
-void MDLObject::walkInto(DrawListSink& sink, const std::optional<Scenario>& scenario) {
-    const int16_t kept = drawListId_;
-    try {
-        if (scenario) {
-            glGenerateDrawList(sink, *scenario);
-        } else {
-            glGenerateDrawList(sink);
-        }
-    } catch (...) {
-        drawListId_ = kept;
-        throw;
-    }
-    drawListId_ = kept;
-}
-
-}  // namespace velmora
+}  // namespace velmora::walk

@@ -54,7 +54,7 @@ void MDLObject::glPrepareView(const std::shared_ptr<OpenGLPreviewObject>&) {
     raiseNoPreview();
 }
 
-ViewResult MDLObject::glDrawView(const View&, int32_t, const std::optional<Scenario>&) {
+ViewResult MDLObject::glDrawView(const View&, int32_t, const std::optional<Scenario>&) const {
     raiseNoPreview();
 }
 
