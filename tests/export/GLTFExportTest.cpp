@@ -10,6 +10,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <map>
 #include <regex>
 #include <set>
 
@@ -235,6 +236,57 @@ TEST_F(GLTFExportTest, AxesVariantsAndTexturesSurviveTheConversion) {
     EXPECT_NE(bare.warnings[0].find("no image found"), std::string::npos) << bare.warnings[0];
     EXPECT_EQ(validate({dir.file("bare.glb")})[0]["errors"], 0);
     EXPECT_THROW(sample("tree.mdl")->exportGLTF(dir.file("tree.obj")), Error);
+}
+
+TEST_F(GLTFExportTest, AlphaLightColourTextureCoordinatesAndDegenerateTrianglesKeepTheirMeaning) {
+    StreamAssembler a;
+    a.add(SET_MATERIAL, {w(0), w(-1)});              // glass, alpha 0.75
+    a.add(DRAW_TRI_LIST_BEGIN, {w(0), w(0), w(6)});  //
+    a.add(DRAW_TRI_LIST_ITEM, {w(0), w(1), w(2)});   //
+    a.add(DRAW_TRI_LIST_ITEM, {w(0), w(1), w(3)});   // vertex 3 stands on vertex 1: no area
+    a.add(SET_MATERIAL, {w(1), w(-1)});              // opaque
+    a.add(DRAW_TRI_LIST_BEGIN, {w(0), w(0), w(3)});  //
+    a.add(DRAW_TRI_LIST_ITEM, {w(0), w(1), w(2)});   //
+    a.add(SET_MATERIAL, {w(1), w(0)});               // the roof's image
+    a.add(DRAW_TRI_LIST_BEGIN, {w(0), w(0), w(3)});  //
+    a.add(DRAW_TRI_LIST_ITEM, {w(0), w(1), w(2)});   //
+    a.add(BGL_LIGHT, {w(1), f("0"), f("5"), f("0"), l(1), f("0"), f("0"), l(0xFFFF0000), f("0"),
+                      f("0"), f("0")});
+    a.add(BGL_END);
+    modelbytes::Model m;
+    m.materials = {{{0.2f, 0.4f, 0.6f, 0.75f}, {}, {}, {}, 0},
+                   {{0.2f, 0.4f, 0.6f, 1}, {}, {}, {}, 0}};
+    m.textures = {"roof.bmp"};
+    m.vertices = {{0, 0, 0, 0, 1, 0, 0, 0.25f},
+                  {1, 0, 0, 0, 1, 0, 1, 0.25f},
+                  {0, 0, 1, 0, 1, 0, 0, 1},
+                  {1, 0, 0, 0, 1, 0, 1, 0.25f}};
+    m.commands = a.bytes();
+    MDLObject model;
+    model.readMDLBytes(m.bytes(), "looks.mdl");
+    const GLTFExport summary = model.exportGLTF(dir.file("looks.glb"), kSamples + "/textures");
+    EXPECT_EQ(summary.triangles, 3);
+    const Glb glb(readFile(dir.file("looks.glb")));
+
+    std::map<std::string, json> materials;
+    for (const json& material : glb.document["materials"])
+        materials[material["name"]] = material;
+    EXPECT_EQ(materials["material 0"].value("alphaMode", "OPAQUE"), "BLEND");
+    EXPECT_EQ(materials["material 1"].value("alphaMode", "OPAQUE"), "OPAQUE");
+    const json& light = glb.document["extensions"]["KHR_lights_punctual"]["lights"][0];
+    EXPECT_EQ(light["color"], json::array({1.0, 0.0, 0.0})) << "0xFFFF0000 is red";
+#ifdef VELMORA_HAS_PREVIEW
+    ASSERT_TRUE(materials.contains("material 1, roof.bmp"));
+    std::set<std::pair<float, float>> uvs;
+    for (const json& primitive : glb.document["meshes"][0]["primitives"]) {
+        if (!primitive["attributes"].contains("TEXCOORD_0")) continue;
+        const std::vector<float> uv = glb.floats(primitive["attributes"]["TEXCOORD_0"].get<int>());
+        for (std::size_t i = 0; i < uv.size(); i += 2)
+            uvs.insert({uv[i], uv[i + 1]});
+    }
+    // v counts from the image's top: v = 1 - ty.
+    EXPECT_EQ(uvs, (std::set<std::pair<float, float>>{{0, 0.75f}, {1, 0.75f}, {0, 0}}));
+#endif
 }
 
 #ifdef VELMORA_HAS_PREVIEW

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <functional>
@@ -192,6 +193,63 @@ TEST_F(ViewDrawing, TheScenarioChoosesWhatIsDrawnAndAlphaLeavesTheBackground) {
     blended.blendAlpha = true;
     EXPECT_NEAR(static_cast<double>(draw(tree, blended).pixels), clipped.pixels,
                 clipped.pixels * 0.05);
+}
+
+TEST_F(ViewDrawing, AFittedModelKeepsItsMarginAndItsNearestCorner) {
+    MDLObject cube;
+    cube.readMDLBytes(model([](Model& m) { addBox(m, {-1, -1, -1}, {1, 1, 1}, true); }));
+    // The drawn pixels of the last frame on `surface` stay off its edges.
+    const auto expectMargin = [&](int32_t surface, int width, int height, const View& view) {
+        SCOPED_TRACE(std::to_string(width) + " x " + std::to_string(height) + ", heading " +
+                     std::to_string(view.heading) + ", elevation " +
+                     std::to_string(view.elevation));
+        const std::vector<uint8_t> rgb = previewSurfacePixels(surface);
+        const auto isSky = [&](int x, int y) {
+            const std::size_t i = (static_cast<std::size_t>(y) * width + x) * 3;
+            return std::equal(rgb.begin() + i, rgb.begin() + i + 3, rgb.begin());
+        };
+        int left = width, right = -1, top = height, bottom = -1;
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < width; ++x) {
+                if (isSky(x, y)) continue;
+                left = std::min(left, x), right = std::max(right, x);
+                top = std::min(top, y), bottom = std::max(bottom, y);
+            }
+        }
+        EXPECT_GE(left, 2);
+        EXPECT_GE(top, 2);
+        EXPECT_LE(right, width - 3);
+        EXPECT_LE(bottom, height - 3);
+    };
+    const auto views = [] {
+        std::vector<View> out(4);
+        out[1].heading = -45, out[1].elevation = 35.26f;  // along the diagonal to a corner
+        out[2].heading = 0, out[2].elevation = 0;
+        out[3].heading = 90, out[3].elevation = 90;
+        return out;
+    }();
+    for (const View& view : views) {
+        draw(cube, view);
+        expectMargin(surface_, kWidth, kHeight, view);
+    }
+    // Seen along its diagonal with the back faces culled, the nearest corner sits in the middle
+    // of the frame; were the near plane to cut it, the sky would show through.
+    View diagonal = views[1];
+    diagonal.cullBackFaces = true;
+    draw(cube, diagonal);
+    for (int y = kHeight / 2 - 2; y <= kHeight / 2 + 2; ++y)
+        for (int x = kWidth / 2 - 2; x <= kWidth / 2 + 2; ++x)
+            EXPECT_NE(pixel(x, y), pixel(0, 0)) << x << ", " << y;
+
+    // A frame taller than wide fits the model to its width.
+    const int32_t tall = createPreviewSurface(100, 200);
+    auto preview = std::make_shared<OpenGLPreviewObject>();
+    preview->initOpenGL(tall);
+    for (const View& view : views) {
+        cube.glDrawView(view, tall);
+        expectMargin(tall, 100, 200, view);
+    }
+    destroyPreviewSurface(tall);
 }
 
 TEST_F(ViewDrawing, BadViewsAndSurfacesAreErrors) {

@@ -1,4 +1,5 @@
 #include <velmora/DrawListSink.h>
+#include <velmora/GeometryCollector.h>
 #include <velmora/MDLObject.h>
 #include <velmora/Scenario.h>
 
@@ -112,4 +113,40 @@ TEST(ScenarioWalk, ALoopingStreamIsAnErrorThatNamesWhereItWas) {
     EXPECT_TRUE(throwsError([&] { model.glGenerateDrawList(recorder, Scenario()); }, 100,
                             "Velmora.MDLObject", "The walk of the command stream does not end"));
     model.glGenerateDrawList(recorder, Scenario().day(5));  // holds on day 5: no loop
+}
+
+TEST(ScenarioWalk, AMaskTestHoldsOnAnyOfItsBitsAndUnsetVariablesTakeTheirDefaults) {
+    EXPECT_EQ(Scenario().value(906), 172);
+    EXPECT_EQ(Scenario().value(798), 5);
+    EXPECT_EQ(Scenario().value(652), 1);
+    EXPECT_EQ(Scenario().value(300), 0);
+    EXPECT_EQ(Scenario().season(heavywinter).value(906), 35);
+
+    // Each test guards one triangle (the first vertex tells which) and jumps over it when it fails.
+    StreamAssembler a;
+    a.add(SET_MATERIAL, {w(0), w(-1)});              // 0
+    a.add(IFIN1, {jw(4), w(798), w(5), w(5)});       // 1: the densest scenery only
+    a.add(DRAW_TRI_LIST_BEGIN, {w(0), w(0), w(3)});  // 2
+    a.add(DRAW_TRI_LIST_ITEM, {w(0), w(1), w(2)});   // 3
+    a.add(IFMSK, {jw(7), w(652), w(6)});             // 4: dusk or night
+    a.add(DRAW_TRI_LIST_BEGIN, {w(3), w(0), w(3)});  // 5
+    a.add(DRAW_TRI_LIST_ITEM, {w(0), w(1), w(2)});   // 6
+    a.add(IFIN1, {jw(10), w(906), w(30), w(40)});    // 7: early February
+    a.add(DRAW_TRI_LIST_BEGIN, {w(6), w(0), w(3)});  // 8
+    a.add(DRAW_TRI_LIST_ITEM, {w(0), w(1), w(2)});   // 9
+    a.add(BGL_END);                                  // 10
+    MDLObject model;
+    model.readMDLBytes(modelWith(a));
+    const auto drawn = [&model](const Scenario& scenario) {
+        GeometryCollector geometry;
+        model.walk(geometry, scenario);
+        std::string firsts;
+        for (const auto& t : geometry.triangles())
+            firsts += std::to_string(static_cast<int>(t.corners[0].position[0]));
+        return firsts;
+    };
+    EXPECT_EQ(drawn(Scenario()), "0");
+    EXPECT_EQ(drawn(Scenario().set(652, 2)), "03") << "dusk holds one bit of the mask";
+    EXPECT_EQ(drawn(Scenario().night()), "03");
+    EXPECT_EQ(drawn(Scenario().season(heavywinter).complexity(4)), "6");
 }
