@@ -105,11 +105,13 @@ class EditResult {
     EditResult(EditResult&&) noexcept;
     EditResult& operator=(EditResult&&) noexcept;
 
+    // What the edited model holds where the edit changed it, and what forcing it dropped.
     const std::vector<std::string>& said() const { return said_; }
-    // Reads the model file at `path` and checks that it holds what the edit meant (its guard and
-    // its seasonal runs); otherwise error 100 (source "Velmora.ModelEdit"), whose detail says
-    // what reads back.
-    void checkWritten(const std::string& path) const;
+    // Reads the model file at `path`, checks that it holds what the edit meant (its guard, its
+    // seasonal runs, its shadow, lights, sizes and texts), and says what it holds as said()
+    // does; where it differs, error 100 (source "Velmora.ModelEdit") whose detail says what
+    // reads back.
+    std::vector<std::string> checkWritten(const std::string& path) const;
 
   private:
     friend EditResult editModel(MDLObject& model, const EditRequest& request);

@@ -11,6 +11,10 @@ namespace velmora {
 // the same number, so no byte is lost.
 std::string utf8FromWindows1252(std::string_view bytes);
 
+// A name from a model (a texture's) as a name for the file system: as it is when it is valid
+// UTF-8 already, otherwise taken as Windows-1252 and given as UTF-8.
+std::string fileNameFromModelText(std::string_view bytes);
+
 // True when every byte is below 128, so the bytes read the same in any of these encodings.
 bool isPlainAscii(std::string_view bytes);
 

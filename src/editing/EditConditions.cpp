@@ -67,6 +67,9 @@ std::vector<std::string> faultsOf(const GuardAnalysis& after, const ConditionLis
     if (!after.means(list)) {
         faults.push_back("the guard would mean \"" + after.formula() + "\", not \"" +
                          GuardAnalysis::formulaOf(list) + "\"");
+    } else if (!after.canHold()) {
+        faults.push_back("the guard \"" + GuardAnalysis::formulaOf(list) +
+                         "\" could never hold, so the model would never be drawn");
     }
     return faults;
 }
@@ -84,10 +87,17 @@ BGLCommandList copyOf(const BGLCommandList& list) {
     return copy;
 }
 
+// What the guard of a model says, for people.
+std::vector<std::string> guardOf(const GuardAnalysis& guard) {
+    std::string said = "guard: " + (guard.formula() == "always" ? std::string("always drawn")
+                                                                : "drawn when " + guard.formula());
+    if (!guard.rotation().empty()) said += ", turned to the " + guard.rotation();
+    return {said};
+}
+
 }  // namespace
 
-std::vector<std::string> editConditions(MDLObject& model, const EditRequest& request,
-                                        EditIntent& intent) {
+void editConditions(MDLObject& model, const EditRequest& request, EditSteps& steps) {
     BGLCommandList& commands = *model.BGLCommandList();
     const GuardAnalysis before(commands);
     if (before.guardedCall() == 0) {
@@ -105,8 +115,7 @@ std::vector<std::string> editConditions(MDLObject& model, const EditRequest& req
     const auto list = requested(commands, request);
     BGLCommandList trial = copyOf(commands);
     trial.addCondition(list);
-    const GuardAnalysis after(trial);
-    const std::vector<std::string> faults = faultsOf(after, *list);
+    const std::vector<std::string> faults = faultsOf(GuardAnalysis(trial), *list);
     if (!faults.empty() && !request.force) {
         throw EditRefused(faults,
                           masksBehindJumps(*list)
@@ -116,18 +125,23 @@ std::vector<std::string> editConditions(MDLObject& model, const EditRequest& req
                           "to write it anyway");
     }
     commands.addCondition(list);
-    // Forced past a fault, the guard written is not what was asked: nothing to check it against.
-    intent.conditions = faults.empty() ? list : nullptr;
 
-    std::vector<std::string> done{"guard: " + (after.formula() == "always"
-                                                   ? std::string("always drawn")
-                                                   : "drawn when " + after.formula())};
-    if (!after.rotation().empty()) done.back() += ", turned to the " + after.rotation();
+    EditStep step;
+    // Forced past a fault, the guard written is not what was asked: it must read back as made.
+    const std::shared_ptr<ConditionList> meant = faults.empty() ? list : nullptr;
+    step.readBack = [meant](const MDLObject& written) {
+        const GuardAnalysis guard(*written.BGLCommandList());
+        if (meant && !guard.means(*meant)) {
+            raiseReadBack("the model written reads back with the guard \"" + guard.formula() +
+                          "\", not \"" + GuardAnalysis::formulaOf(*meant) + "\"");
+        }
+        return guardOf(guard);
+    };
     for (const auto& loss : losses)
-        done.push_back("forced: " + loss);
+        step.notes.push_back("forced: " + loss);
     for (const auto& fault : faults)
-        done.push_back("forced: " + fault);
-    return done;
+        step.notes.push_back("forced: " + fault);
+    steps.steps.push_back(std::move(step));
 }
 
 }  // namespace velmora::editing

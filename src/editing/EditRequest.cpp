@@ -91,6 +91,10 @@ Condition parseCondition(const std::string& text) {
         condition.var(numbers::formatInteger(conditionNumber(words[1], "variable", text)));
         condition.min(conditionNumber(words[2], "minimum", text));
         condition.max(conditionNumber(words[3], "maximum", text));
+        if (condition.min() > condition.max()) {
+            editing::raiseNotUnderstood("the minimum " + words[2] + " is above the maximum " +
+                                        words[3] + ", so the test could never hold");
+        }
     } else if (words.size() == 3 && words[0] == "mask") {
         condition.cType(mask);
         condition.var(numbers::formatInteger(conditionNumber(words[1], "variable", text)));

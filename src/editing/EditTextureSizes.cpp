@@ -80,7 +80,7 @@ std::vector<std::string> measureSizes(MDLObject& model, const std::set<int32_t>&
             entry.size(before);
         } else if (entry.size() == 0) {
             entry.size(before);
-            undrawn.push_back(readable(entry.bitmap()));
+            undrawn.push_back(textureName(model, t - 1));
         }
         entry.parent(0);
     }
@@ -96,15 +96,31 @@ int32_t requiredTexture(const MDLObject& model, const std::string& name) {
     return texture;
 }
 
+// A step that finds the sizes the edit left in what it reads back, and says `said`.
+EditStep sizesStep(const MDLObject& model, std::vector<std::string> said) {
+    std::vector<float> sizes;
+    for (const auto& entry : *model.TextureList())
+        sizes.push_back(entry->size());
+    EditStep step;
+    step.readBack = [sizes, said](const MDLObject& written) {
+        std::vector<float> read;
+        for (const auto& entry : *written.TextureList())
+            read.push_back(entry->size());
+        if (read != sizes) raiseReadBack("the model written holds other texture sizes");
+        return said;
+    };
+    return step;
+}
+
 }  // namespace
 
-std::vector<std::string> editTextureSizes(MDLObject& model, const EditRequest& request) {
+void editTextureSizes(MDLObject& model, const EditRequest& request, EditSteps& steps) {
     std::vector<std::string> done;
     TextureList& textures = *model.TextureList();
     for (const TextureSizeEdit& setting : request.textureSizes) {
         const int32_t texture = requiredTexture(model, setting.texture);
         textures.Item(texture)->size(setting.size);
-        done.push_back("size of " + readable(textures.Item(texture)->bitmap()) + " set to " +
+        done.push_back("size of " + textureName(model, texture - 1) + " set to " +
                        numbers::formatSingle(setting.size));
     }
     std::set<int32_t> measured;
@@ -112,18 +128,19 @@ std::vector<std::string> editTextureSizes(MDLObject& model, const EditRequest& r
         measured.insert(t);
     for (const std::string& name : request.measureTextureSizes)
         measured.insert(requiredTexture(model, name));
-    if (measured.empty()) return done;
-    const std::vector<std::string> undrawn = measureSizes(model, measured);
-    done.push_back("texture sizes measured from the geometry: " +
-                   std::to_string(measured.size() - undrawn.size()) + " of " +
-                   std::to_string(measured.size()));
-    if (!undrawn.empty()) {
-        std::string names;
-        for (const std::string& name : undrawn)
-            names += (names.empty() ? "" : ", ") + name;
-        done.push_back("kept the old size of the textures no triangle draws: " + names);
+    if (!measured.empty()) {
+        const std::vector<std::string> undrawn = measureSizes(model, measured);
+        done.push_back("texture sizes measured from the geometry: " +
+                       std::to_string(measured.size() - undrawn.size()) + " of " +
+                       std::to_string(measured.size()));
+        if (!undrawn.empty()) {
+            std::string names;
+            for (const std::string& name : undrawn)
+                names += (names.empty() ? "" : ", ") + name;
+            done.push_back("kept the old size of the textures no triangle draws: " + names);
+        }
     }
-    return done;
+    if (!done.empty()) steps.steps.push_back(sizesStep(model, std::move(done)));
 }
 
 }  // namespace velmora::editing

@@ -4,42 +4,42 @@
 #include <velmora/GuardAnalysis.h>
 #include <velmora/MDLObject.h>
 #include <velmora/ModelEdit.h>
-#include <velmora/seasonalTextures.h>
 
+#include <functional>
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 // The steps of editModel, each a kind of edit: it refuses what it must before it changes
-// anything, then changes the model and says what it did.
+// anything, then changes the model and leaves a step that says what the model now holds.
 namespace velmora::editing {
 
-// What a model written after the edit must read back as.
-struct EditIntent {
-    // The guard the edited model must mean; nullptr when it must mean what `meant` means.
-    std::shared_ptr<ConditionList> conditions;
-    std::unique_ptr<GuardAnalysis> meant;
-    // Each seasonal run written: its group (the anchor texture's position), the record written,
-    // and the textures of the run with their seasons.
-    struct Seasons {
-        int16_t group = 0;
-        seasonalTextures record;
-        std::vector<std::pair<int32_t, int32_t>> variants;  // texture position, season
-    };
-    std::vector<Seasons> seasons;
+// One edit done. `readBack` looks at a model the edit made (in memory, or read back from the
+// file written), fails (error 100) where it doesn't hold what the edit meant, and says what it
+// holds, a line each; `notes` say what was done beside that (what forcing it dropped).
+struct EditStep {
+    std::function<std::vector<std::string>(const MDLObject&)> readBack;
+    std::vector<std::string> notes;
 };
 
-std::vector<std::string> editConditions(MDLObject& model, const EditRequest& request,
-                                        EditIntent& intent);
-std::vector<std::string> editSeasons(MDLObject& model, const SeasonsEdit& seasons,
-                                     EditIntent& intent);
-std::vector<std::string> editTextureSizes(MDLObject& model, const EditRequest& request);
+struct EditSteps {
+    std::vector<EditStep> steps;
+    // The guard the edited model has: a file written must mean the same.
+    std::unique_ptr<GuardAnalysis> meant;
+};
+
+void editConditions(MDLObject& model, const EditRequest& request, EditSteps& steps);
+void editSeasons(MDLObject& model, const SeasonsEdit& seasons, bool force, EditSteps& steps);
+void editShadow(MDLObject& model, const EditRequest& request, EditSteps& steps);
+void editLights(MDLObject& model, EditSteps& steps);
+void editTextureSizes(MDLObject& model, const EditRequest& request, EditSteps& steps);
 
 // The 1-based position of a texture named (without regard to case) or numbered from 0; 0 when
 // the model has none such.
 int32_t findTexture(const MDLObject& model, const std::string& nameOrNumber);
-// A text from the model for people: UTF-8 from Windows-1252.
-std::string readable(const std::string& bytes);
+// The name of a 0-based texture for people: UTF-8 from Windows-1252.
+std::string textureName(const MDLObject& model, int32_t texture);
+// Fails the read-back of a file written: what it holds is not what the edit meant.
+[[noreturn]] void raiseReadBack(const std::string& detail);
 
 }  // namespace velmora::editing

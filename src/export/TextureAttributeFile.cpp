@@ -1,4 +1,5 @@
 #include <velmora/OpenFlightWriter.h>
+#include <velmora/Windows1252.h>
 
 #include "foundation/FileSystem.h"
 #include "foundation/OutputFile.h"
@@ -51,7 +52,9 @@ constexpr auto kAttributeFile = attributeWords();
 
 void OpenFlightWriter::writeTextureAttribute(const std::string& file) {
     // A name with folder parts or ".." stays inside the database's folder.
-    const std::string attributePath = fs::joinInside(dbFolder_, file + ".attr");
+    // Texture names are Windows-1252 in the model; the file system takes its names as UTF-8.
+    const std::string attributePath =
+        fs::joinInside(dbFolder_, fileNameFromModelText(file) + ".attr");
     if (fs::fileExists(attributePath)) fs::deleteFile(attributePath, false);
     OutputFile attribute(attributePath);
     for (const int32_t word : kAttributeFile)

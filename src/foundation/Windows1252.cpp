@@ -26,7 +26,35 @@ void appendUtf8(std::string& out, char32_t code) {
     }
 }
 
+// True when the bytes are well-formed UTF-8 (no overlong forms, no surrogates).
+bool isUtf8(std::string_view bytes) {
+    for (std::size_t i = 0; i < bytes.size();) {
+        const auto lead = static_cast<uint8_t>(bytes[i]);
+        const std::size_t length = lead < 0x80         ? 1
+                                   : (lead >> 5) == 6  ? 2
+                                   : (lead >> 4) == 14 ? 3
+                                   : (lead >> 3) == 30 ? 4
+                                                       : 0;
+        if (length == 0 || i + length > bytes.size()) return false;
+        char32_t code = length == 1 ? lead : lead & (0x7F >> length);
+        for (std::size_t k = 1; k < length; ++k) {
+            const auto next = static_cast<uint8_t>(bytes[i + k]);
+            if ((next & 0xC0) != 0x80) return false;
+            code = (code << 6) | (next & 0x3F);
+        }
+        const char32_t least[] = {0, 0, 0x80, 0x800, 0x10000};
+        if (code < least[length] || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF))
+            return false;
+        i += length;
+    }
+    return true;
+}
+
 }  // namespace
+
+std::string fileNameFromModelText(std::string_view bytes) {
+    return isUtf8(bytes) ? std::string(bytes) : utf8FromWindows1252(bytes);
+}
 
 std::string utf8FromWindows1252(std::string_view bytes) {
     std::string out;

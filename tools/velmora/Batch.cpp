@@ -252,7 +252,8 @@ void runAlone(const std::string& command, const BatchInput& input, bool asJson,
 }  // namespace
 
 void addBatchOptions(CLI::App& command, BatchOptions& options) {
-    command.add_option("--jobs", options.jobs, "Files worked on at once (default: every core)");
+    command.add_option("--jobs", options.jobs, "Files worked on at once (default: every core)")
+        ->check(numberFrom(1, 1024, true));
     command.add_flag("--fail-fast", options.failFast, "Stop at the first file that fails");
     command.add_flag("--follow-links", options.followLinks,
                      "Follow links in folders (links out of a folder are passed over otherwise)");
@@ -267,6 +268,16 @@ void runFiles(const std::string& command, const BatchOptions& options, bool asJs
               const std::vector<std::string>& extensions,
               const std::function<FileResult(const BatchInput&)>& work) {
     std::vector<BatchInput> inputs = gatherInputs(options, extensions);
+    if (inputs.empty()) {
+        std::string where;
+        for (const std::string& input : options.inputs)
+            where += (where.empty() ? "" : ", ") + input;
+        std::string kinds;
+        for (const std::string& extension : extensions)
+            kinds += (kinds.empty() ? "" : " or ") + extension;
+        throw ToolError(where, "holds no " + kinds + " file",
+                        "looked through every folder below it, without regard to case");
+    }
     if (!isBatch(options.inputs)) return runAlone(command, inputs.front(), asJson, work);
     const int status = BatchRun(command, std::move(inputs), options, asJson).run(work);
     if (status != 0) throw ExitStatus{status};

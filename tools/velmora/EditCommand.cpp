@@ -65,13 +65,15 @@ void edit(const EditOptions& o) {
 
     const auto model = loadModel(o.model);
     const velmora::EditResult result = apply(*model, request, o.model);
-    // Messages go to standard error when the model itself goes to standard output.
-    std::ostream& say = output && output->toStandardOutput() ? std::cerr : std::cout;
+    // What is said is read back from the file written, where one is.
+    std::vector<std::string> said = result.said();
     if (output) {
         output->write([&](const std::string& path) { model->saveMDL(path); },
-                      [&](const std::string& path) { result.checkWritten(path); });
+                      [&](const std::string& path) { said = result.checkWritten(path); });
     }
-    for (const auto& line : result.said())
+    // Messages go to standard error when the model itself goes to standard output.
+    std::ostream& say = output && output->toStandardOutput() ? std::cerr : std::cout;
+    for (const auto& line : said)
         say << line << "\n";
     say << (output ? "saved " + output->said()
                    : std::string("nothing written: give -o OUT.mdl to save the edited model"))
@@ -89,24 +91,22 @@ void addEditOptions(CLI::App& command, EditOptions& o) {
                      "Free lights of the tests and overrides in front of them");
     command.add_flag("--clean-dict", r.cleanDict, "Empty the DICT section");
     command.add_option("--set-isft", r.isft, "Set the ISFT text");
-    command.add_option(
-        "--condition", o.conditions,
-        "Add a condition: \"between VAR MIN MAX\" or \"mask VAR VALUE\" (repeatable)");
+    addRepeatable(command, "--condition", o.conditions,
+                  "Add a condition: \"between VAR MIN MAX\" or \"mask VAR VALUE\"");
     command.add_option("--rotate", o.rotate, "Turn the model: user or wind")
         ->check(CLI::IsMember({"user", "wind"}));
     command.add_option("--combine", o.combine, "How the tests combine: and, or, not, nor")
         ->check(CLI::IsMember({"and", "or", "not", "nor"}));
     command.add_flag("--clear-conditions", r.clearConditions,
                      "Remove the model's conditions first");
-    command.add_option("--seasons", o.seasons,
-                       "Seasonal textures: TEXTURE:SEASON=NAME[@FIRST-LAST],... with seasons "
-                       "spring, summer, fall, winter, heavywinter (repeatable)");
+    addRepeatable(command, "--seasons", o.seasons,
+                  "Seasonal textures: TEXTURE:SEASON=NAME[@FIRST-LAST],... with seasons spring, "
+                  "summer, fall, winter, heavywinter, added to those the texture has");
     command.add_flag("--recalc-texture-sizes", r.measureAllTextureSizes,
                      "Measure every texture's size from the geometry");
-    command.add_option("--recalc-texture-size", r.measureTextureSizes,
-                       "Measure one texture's size from the geometry (repeatable)");
-    command.add_option("--texture-size", o.textureSizes,
-                       "Set a texture's size: TEXTURE=SIZE (repeatable)");
+    addRepeatable(command, "--recalc-texture-size", r.measureTextureSizes,
+                  "Measure one texture's size from the geometry");
+    addRepeatable(command, "--texture-size", o.textureSizes, "Set a texture's size: TEXTURE=SIZE");
 }
 
 }  // namespace

@@ -8,6 +8,12 @@ namespace tool {
 
 namespace {
 
+// A parameter's text as a number where it is one.
+json numberOrText(const std::string& text) {
+    const json number = jsonNumber(text);
+    return number.is_null() ? json(text) : number;
+}
+
 std::string textureName(const velmora::MDLObject& model, int32_t texture) {
     if (texture < 0 || texture >= model.TextureList()->Count()) return "";
     return velmora::utf8FromWindows1252(model.TextureList()->Item(texture + 1)->bitmap());
@@ -33,26 +39,25 @@ json seasonsReport(const velmora::MDLObject& model, const velmora::StreamAnalysi
 }
 
 // The lights with the tests just in front of them.
-json lightsReport(const velmora::BGLCommandList& list, const velmora::StreamAnalysis& analysis) {
+json lightsReport(const velmora::StreamAnalysis& analysis) {
     json lights = json::array();
     for (const velmora::LightReport& light : analysis.lights()) {
-        const velmora::BGLCommand& command = *list.Item(light.position);
         json tests = json::array();
         for (const auto& guard : light.guards) {
             if (!guard.text.empty()) tests.push_back(guard.text);
         }
-        std::ostringstream colour;
+        json entry{{"position", light.position},
+                   {"type", light.type},
+                   {"at", {light.at[0], light.at[1], light.at[2]}},
+                   {"colour", nullptr},
+                   {"tests", tests}};
         if (light.colour) {
-            colour << "0x" << std::hex << std::uppercase << std::setw(8) << std::setfill('0')
-                   << *light.colour;
-        } else {
-            colour << command.param(7);
+            char rgb[8];
+            std::snprintf(rgb, sizeof rgb, "#%06X", *light.colour & 0xFFFFFFu);
+            entry["colour"] = rgb;
+            entry["alpha"] = *light.colour >> 24;
         }
-        lights.push_back({{"position", light.position},
-                          {"type", command.param(0)},
-                          {"at", {command.param(1), command.param(2), command.param(3)}},
-                          {"colour", colour.str()},
-                          {"tests", tests}});
+        lights.push_back(entry);
     }
     return lights;
 }
@@ -62,8 +67,8 @@ json sizeTestsReport(const velmora::StreamAnalysis& analysis) {
     for (const velmora::SizeTest& test : analysis.sizeTests()) {
         tests.push_back({{"position", test.position},
                          {"opcode", velmora::BGLOpcodeDictionary::nameOf(test.opcode)},
-                         {"size", std::to_string(test.size)},
-                         {"pixels", std::to_string(test.pixels)},
+                         {"size", test.size},
+                         {"pixels", test.pixels},
                          {"failsTo", test.failsTo}});
     }
     return tests;
@@ -79,7 +84,7 @@ json editorReport(const velmora::BGLCommandList& commands, const velmora::GuardA
         editor["conditions"] = json::array();
         for (const auto& condition : *conditions) {
             editor["conditions"].push_back({{"type", condition->getTypeString()},
-                                            {"variable", condition->var()},
+                                            {"variable", numberOrText(condition->var())},
                                             {"min", condition->min()},
                                             {"max", condition->max()}});
         }
@@ -151,7 +156,7 @@ json modelReport(const std::string& path, const velmora::MDLObject& model) {
     const velmora::StreamAnalysis analysis(commands);
     out["guard"] = guardReport(commands, analysis.guard());
     out["seasons"] = seasonsReport(model, analysis);
-    out["lights"] = lightsReport(commands, analysis);
+    out["lights"] = lightsReport(analysis);
     out["sizeTests"] = sizeTestsReport(analysis);
     out["killShadow"] = velmora::shadowKindOf(model) == velmora::ShadowKind::KillShadow;
     return out;
@@ -166,8 +171,57 @@ std::string grouped(int64_t value) {
     return (value < 0 ? "-" : "") + digits;
 }
 
+// Characters a UTF-8 text shows, for columns.
+std::size_t shown(const std::string& text) {
+    std::size_t count = 0;
+    for (const char c : text)
+        count += (static_cast<unsigned char>(c) & 0xC0) != 0x80 ? 1 : 0;
+    return count;
+}
+
+// `text` and blanks up to `width` characters.
+std::string padded(const std::string& text, std::size_t width) {
+    return text + std::string(width > shown(text) ? width - shown(text) : 0, ' ');
+}
+
+// The width of a column: its widest entry and two blanks.
+std::size_t widthOf(const json& rows, const char* key) {
+    std::size_t width = 0;
+    for (const auto& row : rows)
+        width = std::max(width, shown(row[key].get<std::string>()));
+    return width + 2;
+}
+
+// A text up to its terminating zero: the rest is no part of it.
+std::string untilZero(const std::string& text) {
+    return text.substr(0, text.find('\0'));
+}
+
 void line(std::ostream& out, const std::string& label, const std::string& text) {
-    out << std::left << std::setw(16) << label << text << "\n";
+    out << padded(label, 16) << text << "\n";
+}
+
+std::string commandAt(int position, std::size_t width) {
+    return "  command " + padded(std::to_string(position), width);
+}
+
+void printGuardTests(std::ostream& out, const json& guard) {
+    std::size_t width = 0;
+    for (const char* key : {"tests", "otherCommands"}) {
+        for (const auto& entry : guard[key])
+            width = std::max(width, std::to_string(entry["position"].get<int>()).size() + 2);
+    }
+    const std::size_t opcodes = widthOf(guard["tests"], "opcode");
+    for (const auto& test : guard["tests"]) {
+        std::string note = test["editable"].get<bool>() ? "" : "  not written back by the editor";
+        if (!test["reachable"].get<bool>()) note += "  never reached";
+        out << commandAt(test["position"], width) << padded(test["opcode"], opcodes)
+            << test["text"].get<std::string>() << note << "\n";
+    }
+    for (const auto& other : guard["otherCommands"]) {
+        out << commandAt(other["position"], width) << other["opcode"].get<std::string>()
+            << "  in front of the call\n";
+    }
 }
 
 void printGuard(std::ostream& out, const json& guard) {
@@ -182,17 +236,7 @@ void printGuard(std::ostream& out, const json& guard) {
                                : "drawn when " + formula) +
              " (" + guard["callOpcode"].get<std::string>() + " at command " +
              std::to_string(guard["guardedCall"].get<int>()) + ")");
-    for (const auto& test : guard["tests"]) {
-        std::string note = test["editable"].get<bool>() ? "" : "  not written back by the editor";
-        if (!test["reachable"].get<bool>()) note += "  never reached";
-        out << "  command " << std::left << std::setw(6) << test["position"].get<int>()
-            << std::setw(8) << test["opcode"].get<std::string>() << " "
-            << test["text"].get<std::string>() << note << "\n";
-    }
-    for (const auto& other : guard["otherCommands"]) {
-        out << "  command " << std::left << std::setw(6) << other["position"].get<int>()
-            << other["opcode"].get<std::string>() << "  in front of the call\n";
-    }
+    printGuardTests(out, guard);
     const json& editor = guard["editor"];
     if (editor["canRewrite"].get<bool>()) {
         line(out, "Editor", "the condition editor can rewrite this guard");
@@ -207,17 +251,15 @@ void printGuard(std::ostream& out, const json& guard) {
                                        : std::string("turns with the wind"));
 }
 
-}  // namespace
-
-void printReport(const json& report, std::ostream& out) {
+void printTables(std::ostream& out, const json& report) {
     out << "Model " << report["file"].get<std::string>() << "\n\nSections\n";
     for (const auto& section : report["sections"]) {
-        out << "  " << std::left << std::setw(8)
-            << ("\"" + section["tag"].get<std::string>() + "\"") << std::right << std::setw(12)
-            << grouped(section["size"].get<int64_t>()) << " bytes\n";
+        out << "  " << padded("\"" + section["tag"].get<std::string>() + "\"", 8) << std::right
+            << std::setw(12) << grouped(section["size"].get<int64_t>()) << " bytes\n";
     }
     out << "\n";
-    if (!report["isft"].get<std::string>().empty()) line(out, "ISFT", report["isft"]);
+    const std::string isft = untilZero(report["isft"]);
+    if (!isft.empty()) line(out, "ISFT", isft);
     std::ostringstream header;
     for (const auto& value : report["header"])
         header << value.get<int64_t>() << " ";
@@ -235,16 +277,22 @@ void printReport(const json& report, std::ostream& out) {
          grouped(counts["vertices"]) + " vertices, " + grouped(counts["materials"]) +
              " materials, " + grouped(counts["textures"]) + " textures, " +
              grouped(counts["commands"]) + " commands");
+}
+
+void printTextures(std::ostream& out, const json& textures) {
     out << "Textures\n";
-    for (const auto& texture : report["textures"]) {
+    const std::size_t names = widthOf(textures, "name");
+    const std::size_t types = widthOf(textures, "type");
+    for (const auto& texture : textures) {
         out << "  " << std::right << std::setw(3) << texture["index"].get<int>() << "  "
-            << std::left << std::setw(34) << texture["name"].get<std::string>() << std::setw(20)
-            << texture["type"].get<std::string>() << "size " << texture["size"].get<double>()
-            << "\n";
+            << padded(untilZero(texture["name"]), names) << padded(texture["type"], types)
+            << "size " << texture["size"].get<double>() << "\n";
     }
-    printGuard(out, report["guard"]);
-    if (report["seasons"].empty()) line(out, "Seasons", "none");
-    for (const auto& run : report["seasons"]) {
+}
+
+void printSeasons(std::ostream& out, const json& runs) {
+    if (runs.empty()) line(out, "Seasons", "none");
+    for (const auto& run : runs) {
         line(out, "Seasons",
              "commands " + std::to_string(run["first"].get<int>()) + " to " +
                  std::to_string(run["last"].get<int>()) + ":");
@@ -254,30 +302,52 @@ void printReport(const json& report, std::ostream& out) {
                                          : "days " + std::to_string(variant["days"][0].get<int>()) +
                                                " to " +
                                                std::to_string(variant["days"][1].get<int>());
-            out << "  " << std::left << std::setw(20) << days << "texture "
-                << variant["texture"].get<int>() << " " << variant["name"].get<std::string>()
-                << "\n";
+            out << "  " << padded(days, 20) << "texture " << variant["texture"].get<int>() << " "
+                << variant["name"].get<std::string>() << "\n";
         }
     }
-    line(out, "Lights",
-         report["lights"].empty() ? "none" : std::to_string(report["lights"].size()));
-    for (const auto& light : report["lights"]) {
+}
+
+std::string numberText(const json& value) {
+    if (value.is_null()) return "?";
+    std::ostringstream out;
+    out << value.get<double>();
+    return out.str();
+}
+
+void printLights(std::ostream& out, const json& lights) {
+    line(out, "Lights", lights.empty() ? "none" : std::to_string(lights.size()));
+    for (const auto& light : lights) {
         std::string tests;
         for (const auto& test : light["tests"])
             tests += (tests.empty() ? "" : " and ") + test.get<std::string>();
-        out << "  command " << light["position"].get<int>() << " at ("
-            << light["at"][0].get<std::string>() << ", " << light["at"][1].get<std::string>()
-            << ", " << light["at"][2].get<std::string>() << "), colour "
-            << light["colour"].get<std::string>() << (tests.empty() ? "" : ", shown when " + tests)
+        out << "  command " << light["position"].get<int>() << " at (" << numberText(light["at"][0])
+            << ", " << numberText(light["at"][1]) << ", " << numberText(light["at"][2])
+            << "), colour "
+            << (light["colour"].is_null() ? std::string("?") : light["colour"].get<std::string>())
+            << (tests.empty() ? "" : ", shown when " + tests) << "\n";
+    }
+}
+
+void printSizeTests(std::ostream& out, const json& tests) {
+    line(out, "Size tests", tests.empty() ? "none" : "");
+    for (const auto& test : tests) {
+        out << "  command " << test["position"].get<int>() << " "
+            << test["opcode"].get<std::string>() << " size " << test["size"].get<int>() << ", "
+            << test["pixels"].get<int>() << " px, fails to command " << test["failsTo"].get<int>()
             << "\n";
     }
-    line(out, "Size tests", report["sizeTests"].empty() ? "none" : "");
-    for (const auto& test : report["sizeTests"]) {
-        out << "  command " << test["position"].get<int>() << " "
-            << test["opcode"].get<std::string>() << " size " << test["size"].get<std::string>()
-            << ", " << test["pixels"].get<std::string>() << " px, fails to command "
-            << test["failsTo"].get<int>() << "\n";
-    }
+}
+
+}  // namespace
+
+void printReport(const json& report, std::ostream& out) {
+    printTables(out, report);
+    printTextures(out, report["textures"]);
+    printGuard(out, report["guard"]);
+    printSeasons(out, report["seasons"]);
+    printLights(out, report["lights"]);
+    printSizeTests(out, report["sizeTests"]);
     line(out, "Kill shadow", report["killShadow"].get<bool>() ? "yes" : "no");
 }
 

@@ -3,6 +3,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -34,6 +36,20 @@ void copyToStandardOutput(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     std::cout << in.rdbuf();
     std::cout.flush();
+    if (!std::cout) {
+        throw ToolError("standard output",
+                        std::string("could not be written: ") + std::strerror(errno));
+    }
+}
+
+// The library's error about a temporary file, said of the target the user gave.
+ToolError aboutTarget(const velmora::Error& error, const std::string& temporary,
+                      const std::string& target) {
+    const ToolError said = fromLibrary(error, target);
+    std::string what = said.what();
+    for (auto at = what.find(temporary); at != std::string::npos; at = what.find(temporary, at))
+        what.replace(at, temporary.size(), target);
+    return ToolError(said.file() == temporary ? target : said.file(), what, said.hint());
 }
 
 }  // namespace
@@ -92,7 +108,7 @@ void Output::write(const std::function<void(const std::string& path)>& writeTo,
         if (code) throw ToolError(target_, "cannot be replaced: " + code.message());
     } catch (const velmora::Error& e) {
         stdfs::remove(temporary, ignored);
-        throw fromLibrary(e, target_);
+        throw aboutTarget(e, temporary, toStandardOutput_ ? said() : target_);
     } catch (...) {
         stdfs::remove(temporary, ignored);
         throw;

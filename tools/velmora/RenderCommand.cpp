@@ -46,7 +46,6 @@ std::string renderOne(const std::string& file, const RenderCommandOptions& o,
 
 void render(const RenderCommandOptions& o) {
     const RenderSettings settings = checkRenderSettings(o.render);
-    if (o.sheet < 0 || o.sheet > 64) throw UsageError("--sheet takes 1 to 64 headings");
     if (o.render.fixedFrame && o.render.flat) {
         throw UsageError("--fixed-frame draws every part already; leave out --flat");
     }
@@ -83,7 +82,8 @@ void addRenderCommand(CLI::App& app) {
         ->add_option("-o,--output", o->output,
                      "PNG file to write (- for stdout), or a folder for several")
         ->required();
-    command->add_option("--sheet", o->sheet, "N headings around the model in one picture");
+    command->add_option("--sheet", o->sheet, "N headings around the model in one picture")
+        ->check(numberFrom(1, 64, true));
     command->add_flag("--json", o->json, "With several models: a JSON line a model");
     addBatchOptions(*command, o->batch);
     addRenderOptions(*command, o->render, true);

@@ -26,14 +26,19 @@ class Surface {
         std::make_shared<velmora::OpenGLPreviewObject>();
 };
 
-float parseNumber(const std::string& text, const std::string& what) {
+// A whole number from `low` to `high` of a --set; anything else is a usage error.
+int32_t setting(const std::string& text, const std::string& what, const std::string& given,
+                double low, double high) {
     try {
         std::size_t used = 0;
-        const float value = std::stof(text, &used);
-        if (used == text.size() && std::isfinite(value)) return value;
+        const double value = std::stod(text, &used);
+        if (used == text.size() && value == std::floor(value) && value >= low && value <= high)
+            return static_cast<int32_t>(value);
     } catch (const std::exception&) {
     }
-    throw UsageError("bad " + what + " '" + text + "': give a number");
+    throw UsageError("bad --set '" + given + "': the " + what + " '" + text +
+                     "' is no whole number from " + std::to_string(static_cast<int64_t>(low)) +
+                     " to " + std::to_string(static_cast<int64_t>(high)));
 }
 
 std::array<float, 3> parseColour(const std::string& text) {
@@ -52,11 +57,12 @@ std::array<float, 3> parseColour(const std::string& text) {
 }  // namespace
 
 void addScenarioOptions(CLI::App& command, RenderOptions& o) {
-    command.add_option("--day", o.day, "Day of the year, 1 to 366 (variable 906; default 172)");
+    command.add_option("--day", o.day, "Day of the year, 1 to 366 (variable 906; default 172)")
+        ->check(numberFrom(1, 366, true));
     command.add_option("--season", o.season,
                        "The middle of a season: spring, summer, fall, winter, heavywinter");
     command.add_flag("--night", o.night, "Night (time of day, variable 652, set to 4)");
-    command.add_option("--set", o.set, "Set a scenery variable: VAR=VALUE (repeatable)");
+    addRepeatable(command, "--set", o.set, "Set a scenery variable: VAR=VALUE");
     command.add_option("--textures", o.textures,
                        "Folder of the texture images, matched by name without regard to case");
 }
@@ -66,17 +72,22 @@ void addRenderOptions(CLI::App& command, RenderOptions& o, bool withFixedFrame) 
     command
         .add_option("--heading", o.heading,
                     "Compass heading the camera looks along, degrees (0 north, 90 east)")
+        ->check(numberFrom(-HUGE_VAL, HUGE_VAL))
         ->capture_default_str();
     command
         .add_option("--elevation", o.elevation,
                     "How far the camera looks down, degrees (0 horizontal, 90 from above)")
+        ->check(numberFrom(-90, 90))
         ->capture_default_str();
-    command.add_option("--distance", o.distance,
-                       "Camera distance from the model's centre, metres (default: fitted)");
+    command
+        .add_option("--distance", o.distance,
+                    "Camera distance from the model's centre, metres (default: fitted)")
+        ->check(numberFrom(0, HUGE_VAL));
     command
         .add_option("--zoom", o.zoom,
                     "Percent: 200 twice as near, 50 twice as far (with --fixed-frame: the "
                     "fixed frame's zoom)")
+        ->check(numberFrom(1e-6, HUGE_VAL))
         ->capture_default_str();
     command.add_option("--background", o.background, "Background colour RRGGBB")
         ->capture_default_str();
@@ -93,18 +104,18 @@ void addRenderOptions(CLI::App& command, RenderOptions& o, bool withFixedFrame) 
         .add_option("--pitch", o.pitch,
                     "With --fixed-frame: tilt about the frame's x axis, degrees (0 looks down "
                     "the model's y axis from above, -90 from the side)")
+        ->check(numberFrom(-HUGE_VAL, HUGE_VAL))
         ->capture_default_str();
-    command.add_option("--pan-x", o.panX, "With --fixed-frame: shift along the model's x");
-    command.add_option("--pan-y", o.panY, "With --fixed-frame: shift along the model's z");
+    command.add_option("--pan-x", o.panX, "With --fixed-frame: shift along the model's x")
+        ->check(numberFrom(-HUGE_VAL, HUGE_VAL));
+    command.add_option("--pan-y", o.panY, "With --fixed-frame: shift along the model's z")
+        ->check(numberFrom(-HUGE_VAL, HUGE_VAL));
 }
 
 std::optional<velmora::Scenario> scenarioOf(const RenderOptions& o) {
     if (o.day == 0 && o.season.empty() && !o.night && o.set.empty()) return std::nullopt;
     velmora::Scenario scenario;
-    if (o.day != 0) {
-        if (o.day < 1 || o.day > 366) throw UsageError("--day must lie from 1 to 366");
-        scenario.day(o.day);
-    }
+    if (o.day != 0) scenario.day(o.day);
     if (!o.season.empty()) {
         const std::optional<velmora::textureVariant> season = velmora::seasonNamed(o.season);
         if (!season) {
@@ -119,9 +130,9 @@ std::optional<velmora::Scenario> scenarioOf(const RenderOptions& o) {
         if (equals == std::string::npos) {
             throw UsageError("bad --set '" + setting + "': give VAR=VALUE, such as 798=2");
         }
-        const float variable = parseNumber(setting.substr(0, equals), "variable in --set");
-        const float value = parseNumber(setting.substr(equals + 1), "value in --set");
-        scenario.set(static_cast<int32_t>(variable), static_cast<int32_t>(value));
+        scenario.set(tool::setting(setting.substr(0, equals), "variable", setting, 0, 65535),
+                     tool::setting(setting.substr(equals + 1), "value", setting, -2147483648.0,
+                                   2147483647.0));
     }
     return scenario;
 }
@@ -137,18 +148,6 @@ RenderSettings checkRenderSettings(const RenderOptions& o) {
     if (limit > 0 && (s.width > limit || s.height > limit)) {
         throw UsageError("--size " + o.size + " is larger than the drawing surfaces allow, " +
                          std::to_string(limit) + " pixels a side");
-    }
-    for (const auto& [name, value] :
-         {std::pair{"--heading", o.heading}, std::pair{"--elevation", o.elevation},
-          std::pair{"--distance", o.distance}, std::pair{"--zoom", o.zoom},
-          std::pair{"--pitch", o.pitch}, std::pair{"--pan-x", o.panX},
-          std::pair{"--pan-y", o.panY}}) {
-        if (!std::isfinite(value)) throw UsageError(std::string(name) + " must be a number");
-    }
-    if (!(o.zoom > 0)) throw UsageError("--zoom must be a percentage above 0");
-    if (o.distance < 0) throw UsageError("--distance must be 0 (fitted) or more");
-    if (o.elevation < -90 || o.elevation > 90) {
-        throw UsageError("--elevation must lie from -90 to 90 degrees");
     }
     s.view.heading = o.heading;
     s.view.elevation = o.elevation;

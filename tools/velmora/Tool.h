@@ -45,6 +45,13 @@ CLI::App* addCommand(CLI::App& app, const std::string& name, const std::string& 
 // The synopsis of a subcommand, or of the whole tool for "".
 std::string synopsisOf(const std::string& name);
 
+// An option given once for each value ("--set 798=2 --set 652=4"): it never takes the words
+// behind its value, which are the command's own, and takes "--name=value" too.
+CLI::Option* addRepeatable(CLI::App& command, const std::string& name,
+                           std::vector<std::string>& values, const std::string& help);
+// Checks an option's number against its range; the message names the range and what was given.
+CLI::Validator numberFrom(double low, double high, bool whole = false);
+
 // `text` with its ASCII letters made small, for names compared without regard to case.
 std::string lowercase(std::string text);
 
@@ -97,6 +104,8 @@ void prepareOutputFolder(const std::string& folder);
 // A text from a model for JSON: UTF-8 from Windows-1252, and beside it the raw bytes in hex
 // where the text is not plain ASCII.
 void putModelText(json& object, const std::string& key, const std::string& bytes);
+// The number a text holds (whole numbers as integers), or null when it holds none.
+json jsonNumber(const std::string& text);
 // A text from a model for people: UTF-8 from Windows-1252, NUL bytes shown as \0.
 std::string modelText(const std::string& bytes);
 
@@ -107,6 +116,6 @@ bool standardErrorIsTerminal();
 void showProgress(const std::string& what, int done, int total);
 
 // Version of the JSON the tool prints; see docs/json.md.
-inline constexpr int kJsonFormat = 1;
+inline constexpr int kJsonFormat = 2;
 
 }  // namespace tool

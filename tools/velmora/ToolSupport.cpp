@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
@@ -95,6 +96,23 @@ std::string hexBytes(const std::string& bytes) {
 void putModelText(json& object, const std::string& key, const std::string& bytes) {
     object[key] = velmora::utf8FromWindows1252(bytes);
     if (!velmora::isPlainAscii(bytes)) object[key + "Bytes"] = hexBytes(bytes);
+}
+
+json jsonNumber(const std::string& text) {
+    if (text.empty() || text.find_first_not_of("+-0123456789.eE") != std::string::npos) {
+        return nullptr;
+    }
+    try {
+        std::size_t used = 0;
+        if (text.find_first_of(".eE") == std::string::npos) {
+            const long long whole = std::stoll(text, &used);
+            if (used == text.size()) return whole;
+        }
+        const double value = std::stod(text, &used);
+        if (used == text.size() && std::isfinite(value)) return value;
+    } catch (const std::exception&) {
+    }
+    return nullptr;
 }
 
 std::string modelText(const std::string& bytes) {

@@ -1,6 +1,9 @@
 #include "Batch.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -51,31 +54,8 @@ int usageFailure(const std::string& command, const std::string& message) {
     return 2;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    CLI::App app{"velmora: look into, change, preview and export scenery MDL models"};
-    app.set_version_flag("--version", "velmora " + velmora::versionString());
-    app.require_subcommand(1);
-    app.fallthrough(false);
-
-    tool::addInfoCommand(app);
-    tool::addCommandsCommand(app);
-    tool::addRenderCommand(app);
-    tool::addExportCommands(app);
-    tool::addEditCommand(app);
-    tool::addScanCommand(app);
-
-    std::vector<std::string> commands;
-    for (const CLI::App* sub : app.get_subcommands({}))
-        commands.push_back(sub->get_name());
-    if (argc > 1 && argv[1][0] != '-' &&
-        std::find(commands.begin(), commands.end(), argv[1]) == commands.end()) {
-        const std::string nearest = nearestCommand(argv[1], commands);
-        return usageFailure("", "unknown command '" + std::string(argv[1]) + "'" +
-                                    (nearest.empty() ? "" : "; did you mean '" + nearest + "'?"));
-    }
-
+// Runs the command line; gives the exit status.
+int run(CLI::App& app, int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& e) {
@@ -105,4 +85,45 @@ int main(int argc, char** argv) {
         return 1;
     }
     return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+#ifdef SIGPIPE
+    // A closed pipe is a failed write, reported like any other, not a silent end.
+    std::signal(SIGPIPE, SIG_IGN);
+#endif
+    CLI::App app{"velmora: look into, change, preview and export scenery MDL models"};
+    app.set_version_flag("--version", "velmora " + velmora::versionString());
+    app.require_subcommand(1);
+    app.fallthrough(false);
+
+    tool::addInfoCommand(app);
+    tool::addCommandsCommand(app);
+    tool::addRenderCommand(app);
+    tool::addExportCommands(app);
+    tool::addEditCommand(app);
+    tool::addScanCommand(app);
+
+    std::vector<std::string> commands;
+    for (const CLI::App* sub : app.get_subcommands({}))
+        commands.push_back(sub->get_name());
+    if (argc > 1 && argv[1][0] != '-' &&
+        std::find(commands.begin(), commands.end(), argv[1]) == commands.end()) {
+        const std::string nearest = nearestCommand(argv[1], commands);
+        return usageFailure("", "unknown command '" + std::string(argv[1]) + "'" +
+                                    (nearest.empty() ? "" : "; did you mean '" + nearest + "'?"));
+    }
+
+    const int status = run(app, argc, argv);
+    // Whatever went to standard output must have arrived: a full disk or a closed pipe fails.
+    std::cout.flush();
+    if (!std::cout && status == 0) {
+        std::cerr << "velmora " << commandName(app)
+                  << ": standard output: the output could not be written: " << std::strerror(errno)
+                  << "\n";
+        return 1;
+    }
+    return status;
 }

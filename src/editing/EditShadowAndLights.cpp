@@ -1,0 +1,150 @@
+#include <velmora/BGLCommandList.h>
+#include <velmora/StreamAnalysis.h>
+
+#include "editing/EditErrors.h"
+#include "editing/ModelEditing.h"
+#include "model/SectionIndex.h"
+
+#include <map>
+
+namespace velmora::editing {
+
+namespace {
+
+std::string bytesOf(const MDLObject& model) {
+    return std::to_string(model.section(sections::SHAD).size) + " bytes";
+}
+
+// A step that finds `kind` of shadow in what it reads back and says `said`.
+EditStep shadowStep(ShadowKind kind, std::string said) {
+    EditStep step;
+    step.readBack = [kind, said](const MDLObject& written) -> std::vector<std::string> {
+        if (shadowKindOf(written) != kind) {
+            raiseReadBack(kind == ShadowKind::None ? "the model written has a shadow still"
+                                                   : "the model written has no kill shadow");
+        }
+        return {said};
+    };
+    return step;
+}
+
+EditStep addKillShadow(MDLObject& model, bool force) {
+    const ShadowKind kind = shadowKindOf(model);
+    if (kind == ShadowKind::KillShadow) {
+        return shadowStep(kind, "kill shadow: the model has one already; nothing changed");
+    }
+    std::string said = "kill shadow added";
+    if (kind == ShadowKind::Own) {
+        const std::string own = "the model's own shadow (" + bytesOf(model) + ")";
+        if (!force) {
+            throw EditRefused({own + " would be replaced by the kill shadow"}, "",
+                              "to replace it anyway");
+        }
+        said += " in place of " + own;
+    }
+    model.addKillShadow();
+    return shadowStep(ShadowKind::KillShadow, said);
+}
+
+EditStep removeKillShadow(MDLObject& model, bool force) {
+    const ShadowKind kind = shadowKindOf(model);
+    if (kind == ShadowKind::None) {
+        return shadowStep(kind, "kill shadow: the model has no shadow; nothing removed");
+    }
+    std::string said = "kill shadow removed";
+    if (kind == ShadowKind::Own) {
+        const std::string own = "the model's own shadow (" + bytesOf(model) + ")";
+        if (!force) {
+            throw EditRefused({own + " is no kill shadow and would be removed"}, "",
+                              "to remove it anyway");
+        }
+        said = own + " removed";
+    }
+    model.removeKillShadow();
+    return shadowStep(ShadowKind::None, said);
+}
+
+std::string positionsText(const std::vector<int32_t>& positions) {
+    std::string out;
+    for (std::size_t i = 0; i < positions.size() && i < 12; ++i)
+        out += (i == 0 ? "" : ", ") + std::to_string(positions[i]);
+    if (positions.size() > 12) out += " and " + std::to_string(positions.size() - 12) + " more";
+    return out;
+}
+
+// Why a test stays in front of a light after the fix.
+std::string whyKept(const LightReport::Guard& guard) {
+    if (guard.opcode == IFMSK) {
+        return "a mask test on a variable above " +
+               std::to_string(variables::kHighestFreedLightVariable) + " stays";
+    }
+    return "only mask tests and overrides directly in front of a light are freed";
+}
+
+// The lights still behind tests, grouped by their nearest test: a line each.
+std::vector<std::string> keptLights(const StreamAnalysis& analysis) {
+    std::map<std::string, std::pair<std::vector<int32_t>, std::string>> kept;
+    for (const LightReport& light : analysis.lights()) {
+        if (light.guards.empty()) continue;
+        const LightReport::Guard& guard = light.guards.front();
+        auto& entry = kept[guard.text.empty() ? "VAR_BASE_OVERRIDE" : guard.text];
+        entry.first.push_back(light.position);
+        entry.second = whyKept(guard);
+    }
+    std::vector<std::string> lines;
+    for (const auto& [test, lights] : kept) {
+        lines.push_back("  " + std::to_string(lights.first.size()) + " stay behind " + test +
+                        " (commands " + positionsText(lights.first) + "): " + lights.second);
+    }
+    return lines;
+}
+
+}  // namespace
+
+void editShadow(MDLObject& model, const EditRequest& request, EditSteps& steps) {
+    if (request.addKillShadow) steps.steps.push_back(addKillShadow(model, request.force));
+    if (request.removeKillShadow) steps.steps.push_back(removeKillShadow(model, request.force));
+}
+
+void editLights(MDLObject& model, EditSteps& steps) {
+    const StreamAnalysis before(*model.BGLCommandList());
+    std::vector<int32_t> freed;
+    for (const LightReport& light : before.lights()) {
+        for (const LightReport::Guard& guard : light.guards) {
+            if (!guard.freedByFix) continue;
+            freed.push_back(light.position);
+            break;
+        }
+    }
+    const int32_t commands = model.BGLCommandList()->Count();
+    model.fixLights();
+    const int32_t removed = commands - model.BGLCommandList()->Count();
+    const std::size_t lights = before.lights().size();
+
+    EditStep step;
+    step.readBack = [freed, removed, lights](const MDLObject& written) {
+        const StreamAnalysis after(*written.BGLCommandList());
+        std::size_t stillBehind = 0;
+        for (const LightReport& light : after.lights()) {
+            for (const LightReport::Guard& guard : light.guards)
+                stillBehind += guard.freedByFix ? 1 : 0;
+        }
+        if (after.lights().size() != lights || stillBehind != 0) {
+            raiseReadBack("the model written holds lights the fix should have freed");
+        }
+        std::vector<std::string> lines{"lights: " + std::to_string(freed.size()) + " of " +
+                                       std::to_string(lights) +
+                                       " freed of the tests and overrides in front of them (" +
+                                       std::to_string(removed) + " commands removed)"};
+        if (!freed.empty()) {
+            lines.push_back("  freed: the lights at commands " + positionsText(freed) +
+                            " of the model as loaded");
+        }
+        const std::vector<std::string> kept = keptLights(after);
+        lines.insert(lines.end(), kept.begin(), kept.end());
+        return lines;
+    };
+    steps.steps.push_back(std::move(step));
+}
+
+}  // namespace velmora::editing
