@@ -4,6 +4,7 @@
 #include <velmora/ConditionList.h>
 #include <velmora/SceneryVariables.h>
 
+#include "analysis/AtomValues.h"
 #include "analysis/ConditionReading.h"
 #include "analysis/StreamTests.h"
 #include "analysis/TruthTable.h"
@@ -110,6 +111,7 @@ std::string commandNamed(int32_t position, BGLOpcode opcode) {
 
 struct GuardAnalysis::Function {
     TruthTable table;
+    std::vector<analysis::AtomMeaning> meanings;  // an atom each
 };
 
 // The tests of the stretch as atoms of the formula: equal tests share one.
@@ -163,6 +165,7 @@ GuardAnalysis::Atoms GuardAnalysis::readStretch(const KeyedCollection<BGLCommand
             if (found == atoms.names.end()) {
                 atoms.names.push_back(reading.text);
                 atoms.terms.push_back({reading.text, reading.negated});
+                function_->meanings.push_back(analysis::meaningOf(reading));
                 found = std::prev(atoms.names.end());
             }
             atoms.atAt[p] = static_cast<std::size_t>(found - atoms.names.begin());
@@ -254,7 +257,8 @@ bool GuardAnalysis::meansTheSameAs(const GuardAnalysis& other) const {
 }
 
 bool GuardAnalysis::canHold() const {
-    return !workedOut_ || !function_->table.never();
+    return !workedOut_ ||
+           analysis::someValuesMakeItHold(function_->table, function_->meanings);
 }
 
 std::string GuardAnalysis::termOf(const BGLCommand& test) {

@@ -5,6 +5,7 @@
 #include "editing/ModelEditing.h"
 #include "model/SectionIndex.h"
 
+#include <algorithm>
 #include <map>
 
 namespace velmora::editing {
@@ -64,11 +65,17 @@ EditStep removeKillShadow(MDLObject& model, bool force) {
     return shadowStep(ShadowKind::None, said);
 }
 
+// "4", "4 and 8", "4, 8 and 12"; beyond a dozen, how many more.
 std::string positionsText(const std::vector<int32_t>& positions) {
+    const std::size_t shown = std::min<std::size_t>(positions.size(), 12);
     std::string out;
-    for (std::size_t i = 0; i < positions.size() && i < 12; ++i)
-        out += (i == 0 ? "" : ", ") + std::to_string(positions[i]);
-    if (positions.size() > 12) out += " and " + std::to_string(positions.size() - 12) + " more";
+    for (std::size_t i = 0; i < shown; ++i) {
+        const bool last = i + 1 == shown && shown == positions.size();
+        out += (i == 0 ? "" : last ? " and " : ", ") + std::to_string(positions[i]);
+    }
+    if (shown < positions.size()) {
+        out += " and " + std::to_string(positions.size() - shown) + " more";
+    }
     return out;
 }
 
@@ -94,7 +101,8 @@ std::vector<std::string> keptLights(const StreamAnalysis& analysis) {
     std::vector<std::string> lines;
     for (const auto& [test, lights] : kept) {
         lines.push_back("  " + std::to_string(lights.first.size()) + " stay behind " + test +
-                        " (commands " + positionsText(lights.first) + "): " + lights.second);
+                        (lights.first.size() == 1 ? " (command " : " (commands ") +
+                        positionsText(lights.first) + "): " + lights.second);
     }
     return lines;
 }
