@@ -240,7 +240,7 @@ struct NodeKey {
     }
 };
 
-void writeFiles(const Output& out, const gltf::Builder& builder, GLTFExport& summary) {
+void writeFiles(const Output& out, gltf::Builder& builder, GLTFExport& summary) {
     if (out.binary) {
         const std::string bytes = builder.glb();
         fs::replaceFile(out.path, bytes);

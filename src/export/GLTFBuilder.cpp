@@ -2,10 +2,13 @@
 
 #include <velmora/Version.h>
 
+#include "export/JsonText.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cmath>
 #include <cstring>
+#include <variant>
 
 namespace velmora::gltf {
 
@@ -42,26 +45,20 @@ void Primitive::addTriangle(const std::array<Vertex, 3>& corners) {
 Builder::Builder() {
     document_["asset"] = {{"version", "2.0"}, {"generator", "Velmora " + versionString()}};
     document_["scene"] = 0;
-    for (const char* list : {"nodes", "meshes", "materials", "accessors", "bufferViews"})
-        document_[list] = json::array();
+    document_["nodes"] = json::array();
 }
 
 int32_t Builder::addView(const void* data, std::size_t bytes, int32_t target) {
     pad(binary_, '\0');
-    json view{{"buffer", 0}, {"byteOffset", binary_.size()}, {"byteLength", bytes}};
-    if (target != 0) view["target"] = target;
+    views_.push_back({binary_.size(), bytes, target});
     binary_.append(static_cast<const char*>(data), bytes);
-    document_["bufferViews"].push_back(view);
-    return static_cast<int32_t>(document_["bufferViews"].size() - 1);
+    return static_cast<int32_t>(views_.size() - 1);
 }
 
 int32_t Builder::addAccessor(int32_t view, int32_t componentType, std::size_t count,
-                             const char* type, json extra) {
-    json accessor{
-        {"bufferView", view}, {"componentType", componentType}, {"count", count}, {"type", type}};
-    if (!extra.is_null()) accessor.update(extra);
-    document_["accessors"].push_back(accessor);
-    return static_cast<int32_t>(document_["accessors"].size() - 1);
+                             const char* type, const std::optional<Bounds>& bounds) {
+    accessors_.push_back({view, componentType, count, type, bounds});
+    return static_cast<int32_t>(accessors_.size() - 1);
 }
 
 int32_t Builder::addImage(std::string pngBytes) {
@@ -70,85 +67,90 @@ int32_t Builder::addImage(std::string pngBytes) {
 }
 
 int32_t Builder::addMaterial(const MaterialLook& look) {
-    json pbr{{"baseColorFactor", look.baseColour},
-             {"metallicFactor", 0.0},
-             {"roughnessFactor", look.roughness}};
-    if (look.image) pbr["baseColorTexture"] = {{"index", *look.image}};
-    // Files differ in winding, so both sides of a surface show.
-    json material{{"name", look.name}, {"pbrMetallicRoughness", pbr}, {"doubleSided", true}};
-    if (look.emissive != std::array<float, 3>{0, 0, 0}) material["emissiveFactor"] = look.emissive;
-    if (look.alpha == MaterialLook::Alpha::Mask) {
-        material["alphaMode"] = "MASK";
-        material["alphaCutoff"] = 0.5;
-    } else if (look.alpha == MaterialLook::Alpha::Blend) {
-        material["alphaMode"] = "BLEND";
+    materials_.push_back(look);
+    return static_cast<int32_t>(materials_.size() - 1);
+}
+
+// The accessors of one primitive, each over a buffer view of its own.
+Builder::Part Builder::partOf(const Primitive& primitive) {
+    std::vector<float> positions, normals, uvs;
+    const std::size_t count = primitive.vertices.size();
+    positions.reserve(3 * count);
+    normals.reserve(3 * count);
+    uvs.reserve(2 * count);
+    Bounds bounds{{HUGE_VALF, HUGE_VALF, HUGE_VALF}, {-HUGE_VALF, -HUGE_VALF, -HUGE_VALF}};
+    for (const Vertex& v : primitive.vertices) {
+        positions.insert(positions.end(), v.position.begin(), v.position.end());
+        normals.insert(normals.end(), v.normal.begin(), v.normal.end());
+        uvs.insert(uvs.end(), v.uv.begin(), v.uv.end());
+        for (std::size_t a = 0; a < 3; ++a) {
+            bounds.low[a] = std::min(bounds.low[a], v.position[a]);
+            bounds.high[a] = std::max(bounds.high[a], v.position[a]);
+        }
     }
-    document_["materials"].push_back(material);
-    return static_cast<int32_t>(document_["materials"].size() - 1);
+    Part part;
+    const int32_t position =
+        addAccessor(addView(positions.data(), positions.size() * 4, kArrayBuffer), kFloat, count,
+                    "VEC3", bounds);
+    part.attributes.emplace_back(
+        "NORMAL", addAccessor(addView(normals.data(), normals.size() * 4, kArrayBuffer), kFloat,
+                              count, "VEC3"));
+    part.attributes.emplace_back("POSITION", position);
+    if (primitive.textured) {
+        part.attributes.emplace_back(
+            "TEXCOORD_0",
+            addAccessor(addView(uvs.data(), uvs.size() * 4, kArrayBuffer), kFloat, count, "VEC2"));
+    }
+    if (count <= 0xFFFF) {
+        std::vector<uint16_t> narrow(primitive.indices.begin(), primitive.indices.end());
+        part.indices = addAccessor(addView(narrow.data(), narrow.size() * 2, kElementArrayBuffer),
+                                   kUnsignedShort, narrow.size(), "SCALAR");
+    } else {
+        part.indices = addAccessor(
+            addView(primitive.indices.data(), primitive.indices.size() * 4, kElementArrayBuffer),
+            kUnsignedInt, primitive.indices.size(), "SCALAR");
+    }
+    part.material = primitive.material;
+    return part;
 }
 
 int32_t Builder::addMeshNode(const std::string& name, const std::vector<Primitive>& primitives,
                              json extras) {
-    json parts = json::array();
+    Mesh mesh{name, {}};
     for (const Primitive& primitive : primitives) {
-        if (primitive.indices.empty()) continue;
-        std::vector<float> positions, normals, uvs;
-        std::array<float, 3> low{HUGE_VALF, HUGE_VALF, HUGE_VALF};
-        std::array<float, 3> high{-HUGE_VALF, -HUGE_VALF, -HUGE_VALF};
-        for (const Vertex& v : primitive.vertices) {
-            positions.insert(positions.end(), v.position.begin(), v.position.end());
-            normals.insert(normals.end(), v.normal.begin(), v.normal.end());
-            uvs.insert(uvs.end(), v.uv.begin(), v.uv.end());
-            for (std::size_t a = 0; a < 3; ++a) {
-                low[a] = std::min(low[a], v.position[a]);
-                high[a] = std::max(high[a], v.position[a]);
-            }
-        }
-        const std::size_t count = primitive.vertices.size();
-        json attributes;
-        attributes["POSITION"] =
-            addAccessor(addView(positions.data(), positions.size() * 4, kArrayBuffer), kFloat,
-                        count, "VEC3", {{"min", low}, {"max", high}});
-        attributes["NORMAL"] = addAccessor(
-            addView(normals.data(), normals.size() * 4, kArrayBuffer), kFloat, count, "VEC3");
-        if (primitive.textured) {
-            attributes["TEXCOORD_0"] = addAccessor(
-                addView(uvs.data(), uvs.size() * 4, kArrayBuffer), kFloat, count, "VEC2");
-        }
-        int32_t indices = 0;
-        if (count <= 0xFFFF) {
-            std::vector<uint16_t> narrow(primitive.indices.begin(), primitive.indices.end());
-            indices = addAccessor(addView(narrow.data(), narrow.size() * 2, kElementArrayBuffer),
-                                  kUnsignedShort, narrow.size(), "SCALAR");
-        } else {
-            indices = addAccessor(addView(primitive.indices.data(), primitive.indices.size() * 4,
-                                          kElementArrayBuffer),
-                                  kUnsignedInt, primitive.indices.size(), "SCALAR");
-        }
-        parts.push_back({{"attributes", attributes},
-                         {"indices", indices},
-                         {"material", primitive.material},
-                         {"mode", 4}});
+        if (!primitive.indices.empty()) mesh.parts.push_back(partOf(primitive));
     }
-    if (parts.empty()) return -1;
-    document_["meshes"].push_back({{"name", name}, {"primitives", parts}});
-    json node{{"name", name}, {"mesh", document_["meshes"].size() - 1}};
+    if (mesh.parts.empty()) return -1;
+    meshes_.push_back(std::move(mesh));
+    json node{{"name", name}, {"mesh", meshes_.size() - 1}};
     if (!extras.is_null()) node["extras"] = std::move(extras);
-    document_["nodes"].push_back(node);
-    nodes_.push_back(static_cast<int32_t>(document_["nodes"].size() - 1));
+    json& nodes = document_["nodes"];
+    nodes.push_back(std::move(node));
+    nodes_.push_back(static_cast<int32_t>(nodes.size() - 1));
     return nodes_.back();
 }
 
 int32_t Builder::addPointLight(const std::array<float, 3>& position,
                                const std::array<float, 3>& colour, const std::string& name) {
-    auto& lights = document_["extensions"]["KHR_lights_punctual"]["lights"];
-    lights.push_back({{"type", "point"}, {"color", colour}, {"intensity", 1.0}, {"name", name}});
-    document_["nodes"].push_back(
-        {{"name", name},
-         {"translation", position},
-         {"extensions", {{"KHR_lights_punctual", {{"light", lights.size() - 1}}}}}});
-    nodes_.push_back(static_cast<int32_t>(document_["nodes"].size() - 1));
-    document_["extensionsUsed"] = {"KHR_lights_punctual"};
+    json light(json::value_t::object);
+    light.emplace("type", "point");
+    light.emplace("color", colour);
+    light.emplace("intensity", 1.0);
+    light.emplace("name", name);
+    json& lights = document_["extensions"]["KHR_lights_punctual"]["lights"];
+    lights.push_back(std::move(light));
+    json reference(json::value_t::object);
+    reference.emplace("light", lights.size() - 1);
+    json extension(json::value_t::object);
+    extension.emplace("KHR_lights_punctual", std::move(reference));
+    json node(json::value_t::object);
+    node.emplace("name", name);
+    node.emplace("translation", position);
+    node.emplace("extensions", std::move(extension));
+    json& nodes = document_["nodes"];
+    nodes.push_back(std::move(node));
+    nodes_.push_back(static_cast<int32_t>(nodes.size() - 1));
+    if (lights_ == 0) document_["extensionsUsed"] = {"KHR_lights_punctual"};
     return lights_++;
 }
 
@@ -165,36 +167,171 @@ void Builder::finish(const std::string& name, json extras) {
     }
     json root{{"name", name}, {"extras", std::move(extras)}};
     if (!nodes_.empty()) root["children"] = nodes_;
-    document_["nodes"].push_back(root);
+    document_["nodes"].push_back(std::move(root));
     document_["scenes"] = {{{"name", name}, {"nodes", {document_["nodes"].size() - 1}}}};
-    // A glTF array holds at least one entry: lists that stayed empty go.
-    for (const char* list : {"meshes", "materials", "accessors", "bufferViews"}) {
-        if (document_[list].empty()) document_.erase(list);
-    }
 }
 
-std::string Builder::glb() const {
-    json document = document_;
-    std::string bin = binary_;
+void Builder::writeViews(JsonText& out) const {
+    out.beginArray();
+    for (const View& view : views_) {
+        out.beginObject();
+        out.key("buffer");
+        out.number(int64_t{0});
+        out.key("byteLength");
+        out.number(static_cast<int64_t>(view.length));
+        out.key("byteOffset");
+        out.number(static_cast<int64_t>(view.offset));
+        if (view.target != 0) {
+            out.key("target");
+            out.number(int64_t{view.target});
+        }
+        out.endObject();
+    }
+    out.endArray();
+}
+
+void Builder::writeAccessors(JsonText& out) const {
+    out.beginArray();
+    for (const Accessor& accessor : accessors_) {
+        out.beginObject();
+        out.key("bufferView");
+        out.number(int64_t{accessor.view});
+        out.key("componentType");
+        out.number(int64_t{accessor.componentType});
+        out.key("count");
+        out.number(static_cast<int64_t>(accessor.count));
+        if (accessor.bounds) {
+            out.key("max");
+            out.floats(accessor.bounds->high.data(), 3);
+            out.key("min");
+            out.floats(accessor.bounds->low.data(), 3);
+        }
+        out.key("type");
+        out.string(accessor.type);
+        out.endObject();
+    }
+    out.endArray();
+}
+
+void Builder::writeMaterials(JsonText& out) const {
+    out.beginArray();
+    for (const MaterialLook& look : materials_) {
+        out.beginObject();
+        if (look.alpha == MaterialLook::Alpha::Mask) {
+            out.key("alphaCutoff");
+            out.number(0.5);
+        }
+        if (look.alpha != MaterialLook::Alpha::Opaque) {
+            out.key("alphaMode");
+            out.string(look.alpha == MaterialLook::Alpha::Mask ? "MASK" : "BLEND");
+        }
+        // Files differ in winding, so both sides of a surface show.
+        out.key("doubleSided");
+        out.boolean(true);
+        if (look.emissive != std::array<float, 3>{0, 0, 0}) {
+            out.key("emissiveFactor");
+            out.floats(look.emissive.data(), 3);
+        }
+        out.key("name");
+        out.string(look.name);
+        out.key("pbrMetallicRoughness");
+        out.beginObject();
+        out.key("baseColorFactor");
+        out.floats(look.baseColour.data(), 4);
+        if (look.image) {
+            out.key("baseColorTexture");
+            out.beginObject();
+            out.key("index");
+            out.number(int64_t{*look.image});
+            out.endObject();
+        }
+        out.key("metallicFactor");
+        out.number(0.0);
+        out.key("roughnessFactor");
+        out.number(static_cast<double>(look.roughness));
+        out.endObject();
+        out.endObject();
+    }
+    out.endArray();
+}
+
+void Builder::writeMeshes(JsonText& out) const {
+    out.beginArray();
+    for (const Mesh& mesh : meshes_) {
+        out.beginObject();
+        out.key("name");
+        out.string(mesh.name);
+        out.key("primitives");
+        out.beginArray();
+        for (const Part& part : mesh.parts) {
+            out.beginObject();
+            out.key("attributes");
+            out.beginObject();
+            for (const auto& [name, accessor] : part.attributes) {
+                out.key(name);
+                out.number(int64_t{accessor});
+            }
+            out.endObject();
+            out.key("indices");
+            out.number(int64_t{part.indices});
+            out.key("material");
+            out.number(int64_t{part.material});
+            out.key("mode");
+            out.number(int64_t{4});
+            out.endObject();
+        }
+        out.endArray();
+        out.endObject();
+    }
+    out.endArray();
+}
+
+// The document with its keys in order, as a dump of one JSON value would give it; a glTF array
+// holds at least one entry, so lists that stayed empty are left out.
+std::string Builder::text(bool pretty) const {
+    using Writer = void (Builder::*)(JsonText&) const;
+    std::map<std::string, std::variant<const json*, Writer>> parts;
+    for (auto part = document_.begin(); part != document_.end(); ++part)
+        parts.emplace(part.key(), &part.value());
+    if (!accessors_.empty()) parts.emplace("accessors", &Builder::writeAccessors);
+    if (!views_.empty()) parts.emplace("bufferViews", &Builder::writeViews);
+    if (!materials_.empty()) parts.emplace("materials", &Builder::writeMaterials);
+    if (!meshes_.empty()) parts.emplace("meshes", &Builder::writeMeshes);
+    JsonText out(pretty);
+    out.beginObject();
+    for (const auto& [name, part] : parts) {
+        out.key(name);
+        if (const json* const* value = std::get_if<const json*>(&part)) {
+            out.value(**value);
+        } else {
+            (this->*std::get<Writer>(part))(out);
+        }
+    }
+    out.endObject();
+    return out.take();
+}
+
+std::string Builder::glb() {
+    std::string bin = std::move(binary_);
+    binary_.clear();
     for (std::size_t i = 0; i < images_.size(); ++i) {
         pad(bin, '\0');
-        document["bufferViews"].push_back(
-            {{"buffer", 0}, {"byteOffset", bin.size()}, {"byteLength", images_[i].size()}});
+        views_.push_back({bin.size(), images_[i].size(), 0});
         bin += images_[i];
-        document["images"][i] = {{"bufferView", document["bufferViews"].size() - 1},
-                                 {"mimeType", "image/png"}};
+        document_["images"][i] = {{"bufferView", views_.size() - 1}, {"mimeType", "image/png"}};
     }
     pad(bin, '\0');
-    if (!bin.empty()) document["buffers"] = {{{"byteLength", bin.size()}}};
-    std::string text = document.dump();
-    pad(text, ' ');
+    if (!bin.empty()) document_["buffers"] = {{{"byteLength", bin.size()}}};
+    std::string json = text(false);
+    pad(json, ' ');
     std::string out = "glTF";
+    out.reserve(28 + json.size() + bin.size());
     appendLE32(out, 2);
     appendLE32(out,
-               static_cast<uint32_t>(12 + 8 + text.size() + (bin.empty() ? 0 : 8 + bin.size())));
-    appendLE32(out, static_cast<uint32_t>(text.size()));
+               static_cast<uint32_t>(12 + 8 + json.size() + (bin.empty() ? 0 : 8 + bin.size())));
+    appendLE32(out, static_cast<uint32_t>(json.size()));
     appendLE32(out, 0x4E4F534A);  // JSON
-    out += text;
+    out += json;
     if (!bin.empty()) {
         appendLE32(out, static_cast<uint32_t>(bin.size()));
         appendLE32(out, 0x004E4942);  // BIN
@@ -224,14 +361,13 @@ std::string uriOf(const std::string& name) {
 }  // namespace
 
 std::string Builder::gltfJson(const std::string& binName,
-                              const std::vector<std::string>& imageNames) const {
-    json document = document_;
+                              const std::vector<std::string>& imageNames) {
     if (!binary_.empty()) {
-        document["buffers"] = {{{"byteLength", binary_.size()}, {"uri", uriOf(binName)}}};
+        document_["buffers"] = {{{"byteLength", binary_.size()}, {"uri", uriOf(binName)}}};
     }
     for (std::size_t i = 0; i < images_.size(); ++i)
-        document["images"][i] = {{"uri", uriOf(imageNames[i])}};
-    return document.dump(1);
+        document_["images"][i] = {{"uri", uriOf(imageNames[i])}};
+    return text(true);
 }
 
 }  // namespace velmora::gltf

@@ -12,6 +12,8 @@
 // Builds a glTF 2.0 document: the JSON and the one binary buffer it points into.
 namespace velmora::gltf {
 
+class JsonText;
+
 struct Vertex {
     std::array<float, 3> position{};
     std::array<float, 3> normal{};
@@ -41,6 +43,8 @@ struct MaterialLook {
     enum class Alpha { Opaque, Mask, Blend } alpha = Alpha::Opaque;
 };
 
+// The document's many accessors, buffer views, materials and meshes are kept as plain records
+// and written as text at the end; the few other parts are JSON values.
 class Builder {
   public:
     Builder();
@@ -56,20 +60,56 @@ class Builder {
     // The scene: one root node holding every node added, with `extras`.
     void finish(const std::string& name, nlohmann::json extras);
 
-    // One .glb file.
-    std::string glb() const;
+    // The document as one .glb file; it takes the binary buffer along, so it ends the builder's
+    // work, as gltfJson does.
+    std::string glb();
     // The JSON of a .gltf whose buffer is the file `binName` and whose images are `imageNames`.
-    std::string gltfJson(const std::string& binName,
-                         const std::vector<std::string>& imageNames) const;
+    std::string gltfJson(const std::string& binName, const std::vector<std::string>& imageNames);
     const std::string& binary() const { return binary_; }
     const std::vector<std::string>& images() const { return images_; }
 
   private:
+    struct Bounds {
+        std::array<float, 3> low;
+        std::array<float, 3> high;
+    };
+    struct View {
+        std::size_t offset = 0;
+        std::size_t length = 0;
+        int32_t target = 0;  // 0: none
+    };
+    struct Accessor {
+        int32_t view = 0;
+        int32_t componentType = 0;
+        std::size_t count = 0;
+        const char* type = "";
+        std::optional<Bounds> bounds;
+    };
+    struct Part {
+        std::vector<std::pair<const char*, int32_t>> attributes;  // in the order of their names
+        int32_t indices = 0;
+        int32_t material = 0;
+    };
+    struct Mesh {
+        std::string name;
+        std::vector<Part> parts;
+    };
+
     int32_t addView(const void* data, std::size_t bytes, int32_t target);
     int32_t addAccessor(int32_t view, int32_t componentType, std::size_t count, const char* type,
-                        nlohmann::json extra = {});
+                        const std::optional<Bounds>& bounds = std::nullopt);
+    Part partOf(const Primitive& primitive);
+    std::string text(bool pretty) const;
+    void writeViews(JsonText& out) const;
+    void writeAccessors(JsonText& out) const;
+    void writeMaterials(JsonText& out) const;
+    void writeMeshes(JsonText& out) const;
 
-    nlohmann::json document_;
+    nlohmann::json document_;  // every part but the four kept as records
+    std::vector<View> views_;
+    std::vector<Accessor> accessors_;
+    std::vector<MaterialLook> materials_;
+    std::vector<Mesh> meshes_;
     std::string binary_;
     std::vector<std::string> images_;
     std::vector<int32_t> nodes_;
