@@ -35,6 +35,15 @@ double parameter(const BGLCommand& command, int index) {
     return detail::CommandSlots::number(command, index);
 }
 
+// The parameter plus `add`, rounded to 32 bits: error 6 where it doesn't fit. A parameter held as
+// a whole number takes the short way, with the same outcome.
+int32_t parameterPlus(const BGLCommand& command, int index, int32_t add) {
+    int32_t whole = 0;
+    if (detail::CommandSlots::integer(command, index, whole))
+        return numbers::narrow32(int64_t{whole} + add);
+    return numbers::toInt32(parameter(command, index) + add);
+}
+
 }  // namespace
 
 GeometryEmitter::GeometryEmitter(const MaterialList& materials, const TextureList& textures,
@@ -82,7 +91,7 @@ void GeometryEmitter::zBias(const BGLCommand& command) {
 
 void GeometryEmitter::setMaterial(const BGLCommand& command, int32_t position) {
     // The material is read in both cases, so an untextured surface needs a valid one too.
-    const int32_t materialPosition = numbers::toInt32(parameter(command, 0) + 1.0);
+    const int32_t materialPosition = parameterPlus(command, 0, 1);
     const material& m = itemAt(materials_, materialPosition, "material", &Error::setMaterial);
     Surface surface;
     surface.material = materialPosition - 1;
@@ -94,7 +103,7 @@ void GeometryEmitter::setMaterial(const BGLCommand& command, int32_t position) {
     surface.command = position;
     const double textureIndex = parameter(command, 1);
     if (textureIndex != -1.0) {
-        const int32_t texturePosition = numbers::toInt32(textureIndex + 1.0);
+        const int32_t texturePosition = parameterPlus(command, 1, 1);
         const texture& t = itemAt(textures_, texturePosition, "texture", &Error::setTexture);
         surface.texture = texturePosition - 1;
         surface.textureName = t.glPointer();
@@ -113,10 +122,10 @@ Corner GeometryEmitter::cornerOf(const Vertex& v) const {
 
 // All three corners are fetched before the triangle is emitted.
 void GeometryEmitter::triangle(const BGLCommand& command) {
-    const double offset = static_cast<double>(numbers::narrow32(int64_t{vertexBase_} + 1));
+    const int32_t offset = numbers::narrow32(int64_t{vertexBase_} + 1);
     std::array<int32_t, 3> keys{};
     for (std::size_t k = 0; k < 3; ++k)
-        keys[k] = numbers::toInt32(parameter(command, static_cast<int>(k)) + offset);
+        keys[k] = parameterPlus(command, static_cast<int>(k), offset);
     const Vertex& a = itemAt(vertices_, keys[0], "vertex", &Error::setVertex);
     const Vertex& b = itemAt(vertices_, keys[1], "vertex", &Error::setVertex);
     const Vertex& c = itemAt(vertices_, keys[2], "vertex", &Error::setVertex);
