@@ -94,8 +94,10 @@ class MDLObject {
     // glDrawView.
     void glPrepareView(const std::shared_ptr<OpenGLPreviewObject>& oglPreview);
     // Draws a frame into surface `hDC` as `view` describes it: the scenario walk under `scenario`
-    // (or, without one, the flat walk that draws every part), framed to fit what is drawn, and
-    // swaps it to the surface. Needs a current context (initOpenGL).
+    // (or, without one, the flat walk that draws every part), framed to fit what is drawn, each
+    // light a point of its colour, and swaps it to the surface. When the scenario's time of day
+    // (variable 652) says night, the sky is dark and the model lit by the moon, so that its own
+    // light and its lights show. Needs a current context (initOpenGL).
     ViewResult glDrawView(const View& view, int32_t hDC,
                           const std::optional<Scenario>& scenario = Scenario()) const;
 

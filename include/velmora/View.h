@@ -29,6 +29,7 @@ struct View {
 // What a frame of glDrawView showed.
 struct ViewResult {
     int64_t triangles = 0;  // triangles the walk drew
+    int64_t lights = 0;     // lights the walk drew, each a point of its colour
     int64_t pixels = 0;     // pixels of the frame the model covers
     float distance = 0;     // the camera's distance from the centre of what was drawn
     float radius = 0;       // the radius of what was drawn, around its centre

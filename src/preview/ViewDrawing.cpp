@@ -44,29 +44,34 @@ struct Sphere {
     double radius = 0;
 };
 
-Sphere boundsOf(const std::vector<GeometryCollector::Triangle>& triangles) {
+// Every point drawn: the corners of the triangles and the lights.
+template <class Visit>
+void forEachPoint(const GeometryCollector& geometry, Visit&& visit) {
+    for (const auto& triangle : geometry.triangles()) {
+        for (const auto& corner : triangle.corners)
+            visit(world(corner.position));
+    }
+    for (const Light& light : geometry.lights())
+        visit(world(light.position));
+}
+
+Sphere boundsOf(const GeometryCollector& geometry) {
     Point low{HUGE_VAL, HUGE_VAL, HUGE_VAL};
     Point high{-HUGE_VAL, -HUGE_VAL, -HUGE_VAL};
-    for (const auto& triangle : triangles) {
-        for (const auto& corner : triangle.corners) {
-            const Point p = world(corner.position);
-            for (std::size_t a = 0; a < 3; ++a) {
-                low[a] = std::min(low[a], p[a]);
-                high[a] = std::max(high[a], p[a]);
-            }
+    forEachPoint(geometry, [&](const Point& p) {
+        for (std::size_t a = 0; a < 3; ++a) {
+            low[a] = std::min(low[a], p[a]);
+            high[a] = std::max(high[a], p[a]);
         }
-    }
+    });
     Sphere sphere;
     for (std::size_t a = 0; a < 3; ++a)
         sphere.centre[a] = (low[a] + high[a]) / 2;
-    for (const auto& triangle : triangles) {
-        for (const auto& corner : triangle.corners) {
-            const Point p = world(corner.position);
-            sphere.radius =
-                std::max(sphere.radius, std::hypot(p[0] - sphere.centre[0], p[1] - sphere.centre[1],
-                                                   p[2] - sphere.centre[2]));
-        }
-    }
+    forEachPoint(geometry, [&](const Point& p) {
+        sphere.radius = std::max(
+            sphere.radius,
+            std::hypot(p[0] - sphere.centre[0], p[1] - sphere.centre[1], p[2] - sphere.centre[2]));
+    });
     // A model of a single point still gets a frame of its own.
     if (!(sphere.radius > 0)) sphere.radius = 1;
     return sphere;
@@ -188,12 +193,45 @@ void drawTriangles(const GeometryCollector& geometry, const View& view, const Po
     if (previous) glEnd();
 }
 
+// Each light of the walk as the simulator shows it: a point of its colour, with a glow around
+// it at night.
+void drawLights(const GeometryCollector& geometry, bool night, int32_t height) {
+    if (geometry.lights().empty()) return;
+    glDisable(GL_LIGHTING);
+    glDisable(GL_TEXTURE_2D);
+    glDisable(GL_ALPHA_TEST);
+    glEnable(GL_POINT_SMOOTH);
+    glEnable(GL_BLEND);
+    const float size = std::max(3.0f, static_cast<float>(height) / 120.0f);
+    const auto points = [&](float pointSize, float alpha) {
+        glPointSize(pointSize);
+        glBegin(GL_POINTS);
+        for (const Light& light : geometry.lights()) {
+            const uint32_t c = light.colour;
+            glColor4f(static_cast<float>((c >> 16) & 255) / 255.0f,
+                      static_cast<float>((c >> 8) & 255) / 255.0f,
+                      static_cast<float>(c & 255) / 255.0f, alpha);
+            glVertex3f(light.position[0], light.position[1], light.position[2]);
+        }
+        glEnd();
+    };
+    if (night) {
+        glDepthMask(GL_FALSE);
+        points(size * 4, 0.25f);
+        glDepthMask(GL_TRUE);
+    }
+    points(night ? size * 1.5f : size, 1.0f);
+}
+
 // The frame's state, projection and lights, and the camera; the modelview takes the model's
-// axes to the world.
-void beginFrame(const View& view, const Camera& camera, const egl::SurfacePixels& surface) {
+// axes to the world. At night the sky is dark and only the moon and the model's own light show.
+void beginFrame(const View& view, const Camera& camera, const egl::SurfacePixels& surface,
+                bool night) {
     glPushAttrib(GL_ALL_ATTRIB_BITS);
     glViewport(0, 0, surface.width, surface.height);
-    glClearColor(view.background[0], view.background[1], view.background[2], 1.0f);
+    const float sky = night ? 0.12f : 1.0f;
+    glClearColor(view.background[0] * sky, view.background[1] * sky, view.background[2] * sky,
+                 1.0f);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     glEnable(GL_DEPTH_TEST);
     glDepthFunc(GL_LEQUAL);
@@ -215,16 +253,19 @@ void beginFrame(const View& view, const Camera& camera, const egl::SurfacePixels
     glMatrixMode(GL_MODELVIEW);
     glPushMatrix();
     glLoadIdentity();
-    // A sun above and behind the viewer's right shoulder, with light from the sky around.
+    // A sun above and behind the viewer's right shoulder, with light from the sky around; the
+    // moon in its place at night.
     const GLfloat sun[4] = {0.4f, 0.8f, 0.45f, 0.0f};
     const GLfloat sunColour[4] = {0.75f, 0.75f, 0.72f, 1.0f};
-    const GLfloat sky[4] = {0.38f, 0.38f, 0.42f, 1.0f};
+    const GLfloat moonColour[4] = {0.1f, 0.11f, 0.16f, 1.0f};
+    const GLfloat daySky[4] = {0.38f, 0.38f, 0.42f, 1.0f};
+    const GLfloat nightSky[4] = {0.04f, 0.04f, 0.07f, 1.0f};
     const GLfloat none[4] = {0, 0, 0, 1};
     glLightfv(GL_LIGHT0, GL_POSITION, sun);
-    glLightfv(GL_LIGHT0, GL_DIFFUSE, sunColour);
+    glLightfv(GL_LIGHT0, GL_DIFFUSE, night ? moonColour : sunColour);
     glLightfv(GL_LIGHT0, GL_AMBIENT, none);
     glLightfv(GL_LIGHT0, GL_SPECULAR, none);
-    glLightModelfv(GL_LIGHT_MODEL_AMBIENT, sky);
+    glLightModelfv(GL_LIGHT_MODEL_AMBIENT, night ? nightSky : daySky);
     glLightModeli(GL_LIGHT_MODEL_TWO_SIDE, GL_FALSE);
     glEnable(GL_LIGHTING);
     glEnable(GL_LIGHT0);
@@ -280,18 +321,22 @@ ViewResult MDLObject::glDrawView(const View& view, int32_t hDC,
     // What is drawn, with its extent, before anything is drawn: the walk goes to a collector.
     GeometryCollector geometry;
     walk(geometry, scenarioFor(view, scenario));
-    const Sphere sphere = boundsOf(geometry.triangles());
+    const Sphere sphere = boundsOf(geometry);
+    const bool night =
+        scenario && (scenario->value(variables::kTimeOfDay) & variables::kNight) != 0;
     const Camera camera = cameraFor(view, sphere, surface);
 
     ViewResult result;
     result.triangles = static_cast<int64_t>(geometry.triangles().size());
+    result.lights = static_cast<int64_t>(geometry.lights().size());
     result.distance = static_cast<float>(camera.distance);
     result.radius = static_cast<float>(sphere.radius);
     for (std::size_t a = 0; a < 3; ++a)
         result.centre[a] = static_cast<float>(sphere.centre[a]);
 
-    beginFrame(view, camera, surface);
+    beginFrame(view, camera, surface, night);
     drawTriangles(geometry, view, Point{camera.eye[0], camera.eye[1], -camera.eye[2]});
+    drawLights(geometry, night, surface.height);
     glFinish();
     result.pixels = coveredPixels(surface.width, surface.height);
     endFrame();

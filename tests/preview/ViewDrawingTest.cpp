@@ -263,3 +263,33 @@ TEST_F(ViewDrawing, BadViewsAndSurfacesAreErrors) {
     EXPECT_TRUE(throwsPlatform([&] { m.glDrawView(View(), 987654); }, 5));
     EXPECT_GE(previewSurfaceLimit(), 4096);
 }
+
+TEST_F(ViewDrawing, LightsShowAsPointsOfTheirColourAndTheNightIsDark) {
+    MDLObject pad;
+    pad.readMDLBytes(model([](Model& m) {
+        addBox(m, {-20, 0, -20}, {20, 0, 20});
+        // A red light above the pad's middle, with nothing in front of it.
+        m.commands += testbytes::le16(0xB2) + testbytes::le16(1) + testbytes::f32(0) +
+                      testbytes::f32(1) + testbytes::f32(0) + testbytes::le32(0) +
+                      testbytes::f32(0) + testbytes::f32(0) + testbytes::le32(0xFFFF0000u) +
+                      testbytes::f32(0) + testbytes::f32(0) + testbytes::f32(0);
+    }));
+    const auto red = [](int r, int g, int b) { return r > 230 && g < 40 && b < 40; };
+    View view;
+    view.elevation = 60;
+    const ViewResult day = draw(pad, view);
+    EXPECT_EQ(day.lights, 1);
+    EXPECT_GT(count(red), 4) << "the light shows by day";
+    const std::array<int, 3> sky = pixel(0, 0);
+
+    draw(pad, view, Scenario().night());
+    EXPECT_GT(count(red), 4) << "and at night";
+    const std::array<int, 3> night = pixel(0, 0);
+    for (std::size_t c = 0; c < 3; ++c)
+        EXPECT_LT(night[c] * 4, sky[c] + 1) << "the night sky is dark";
+    // The pad itself, lit by the moon alone, is darker than by day.
+    const std::array<int, 3> centreByNight = pixel(kWidth / 2 + 20, kHeight / 2 + 10);
+    draw(pad, view);
+    const std::array<int, 3> centreByDay = pixel(kWidth / 2 + 20, kHeight / 2 + 10);
+    EXPECT_LT(centreByNight[0] * 3, centreByDay[0]);
+}
