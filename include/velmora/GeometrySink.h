@@ -49,8 +49,8 @@ class GeometrySink {
     virtual void atCommand(int32_t /*position*/) {}
     // At a SET_MATERIAL whose material and texture are in the model's lists.
     virtual void surface(const Surface& /*surface*/) {}
-    // At a BGL_ZBIAS: the depth bias for what follows, as the command gives it (the higher, the
-    // nearer the viewer a surface is drawn over the ones at the same depth).
+    // At a BGL_ZBIAS: the depth bias for what follows, as the command gives it; a higher bias
+    // draws a surface over the ones at the same depth.
     virtual void depthBias(float /*bias*/) {}
     // At a DRAW_TRI_LIST_ITEM: its three corners in the item's order. The simulator's front face
     // is the side opposite to (b - a) x (c - a).
