@@ -195,15 +195,15 @@ TEST_F(ToolTest, EditRefusesToLoseCommandsUnlessForcedAndChecksWhatItWrote) {
               std::string::npos)
         << mask.err;
     // The editor misreads an or whose mask is never reached; cleared, nothing is misread.
-    const std::string misread = conditioned(
-        "misread.mdl", velmora::mOR,
-        {condition(velmora::Between, "798", 3, 5), condition(velmora::mask, "120", 1)});
+    const std::string misread =
+        conditioned("misread.mdl", velmora::mOR,
+                    {condition(velmora::Between, "798", 3, 5), condition(velmora::mask, "120", 1)});
     const ToolRun kept = runTool("edit " + q(misread) + " --condition 'between 798 1 2'");
     EXPECT_EQ(kept.status, 1);
     EXPECT_NE(kept.err.find("reads it as"), std::string::npos) << kept.err;
-    const ToolRun cleared = runTool("edit " + q(misread) +
-                                    " --clear-conditions --condition 'between 798 1 2' -o " +
-                                    q(dir.file("cleared.mdl")));
+    const ToolRun cleared =
+        runTool("edit " + q(misread) + " --clear-conditions --condition 'between 798 1 2' -o " +
+                q(dir.file("cleared.mdl")));
     EXPECT_EQ(cleared.status, 0) << cleared.err;
     EXPECT_EQ(info(dir.file("cleared.mdl"))["guard"]["formula"], "798 in 1..2");
 
@@ -234,7 +234,7 @@ TEST_F(ToolTest, EditRefusesToLoseCommandsUnlessForcedAndChecksWhatItWrote) {
     EXPECT_EQ(info(out)["guard"]["formula"], "(120 & 1)") << "the old output stays as it was";
 }
 
-TEST_F(ToolTest, JsonOfLatinNamesSeasonsAndTextureSizes) {
+TEST_F(ToolTest, JsonOfLatinNamesAndTextureSizes) {
     const std::string latin = write("latin.mdl", modelOf(plainCall(), {std::string("hangar_fa\xE7"
                                                                                    "ade_lm.bmp"),
                                                                        "b"}));
@@ -248,19 +248,6 @@ TEST_F(ToolTest, JsonOfLatinNamesSeasonsAndTextureSizes) {
     const json stream = json::parse(commands.out);
     EXPECT_EQ(stream["commands"][0]["name"], "BGL_CALL_32");
     EXPECT_EQ(stream["commands"][0]["jumps"][0]["target"], 3);
-
-    const std::string seasons = dir.file("seasons.mdl");
-    const ToolRun run = runTool("edit " + q(sample("building.mdl")) + " -o " + q(seasons) +
-                                " --seasons 'roof.bmp:winter=roof_snow.bmp'");
-    ASSERT_EQ(run.status, 0) << run.err;
-    const json report = info(seasons);
-    EXPECT_EQ(report["textures"][3]["name"], "roof_snow.bmp");
-    const json runs = report["seasons"];
-    ASSERT_EQ(runs.size(), 2u);
-    EXPECT_EQ(runs[1]["variants"][0]["days"], json::array({152, 334}));
-    EXPECT_EQ(runs[1]["variants"][0]["name"], "roof.bmp");
-    EXPECT_TRUE(runs[1]["variants"][1]["days"].is_null()) << "winter is the run's default";
-    EXPECT_EQ(runs[1]["variants"][1]["name"], "roof_snow.bmp");
 
     // A texture no triangle draws keeps its size and is named; the 16-bit limit is named.
     velmora::MDLObject sized;
