@@ -29,40 +29,30 @@ EditStep shadowStep(ShadowKind kind, std::string said) {
     return step;
 }
 
-EditStep addKillShadow(MDLObject& model, bool force) {
+// Adds or removes the kill shadow; the model's own shadow goes only when forced.
+EditStep changeKillShadow(MDLObject& model, bool add, bool force) {
     const ShadowKind kind = shadowKindOf(model);
-    if (kind == ShadowKind::KillShadow) {
-        return shadowStep(kind, "kill shadow: the model has one already; nothing changed");
+    const ShadowKind wanted = add ? ShadowKind::KillShadow : ShadowKind::None;
+    if (kind == wanted) {
+        return shadowStep(kind, add ? "kill shadow: the model has one already; nothing changed"
+                                    : "kill shadow: the model has no shadow; nothing removed");
     }
-    std::string said = "kill shadow added";
+    std::string said = add ? "kill shadow added" : "kill shadow removed";
     if (kind == ShadowKind::Own) {
         const std::string own = "the model's own shadow (" + bytesOf(model) + ")";
         if (!force) {
-            throw EditRefused({own + " would be replaced by the kill shadow"}, "",
-                              "to replace it anyway");
+            throw EditRefused({own + (add ? " would be replaced by the kill shadow"
+                                          : " is no kill shadow and would be removed")},
+                              "", add ? "to replace it anyway" : "to remove it anyway");
         }
-        said += " in place of " + own;
+        said = add ? said + " in place of " + own : own + " removed";
     }
-    model.addKillShadow();
-    return shadowStep(ShadowKind::KillShadow, said);
-}
-
-EditStep removeKillShadow(MDLObject& model, bool force) {
-    const ShadowKind kind = shadowKindOf(model);
-    if (kind == ShadowKind::None) {
-        return shadowStep(kind, "kill shadow: the model has no shadow; nothing removed");
+    if (add) {
+        model.addKillShadow();
+    } else {
+        model.removeKillShadow();
     }
-    std::string said = "kill shadow removed";
-    if (kind == ShadowKind::Own) {
-        const std::string own = "the model's own shadow (" + bytesOf(model) + ")";
-        if (!force) {
-            throw EditRefused({own + " is no kill shadow and would be removed"}, "",
-                              "to remove it anyway");
-        }
-        said = own + " removed";
-    }
-    model.removeKillShadow();
-    return shadowStep(ShadowKind::None, said);
+    return shadowStep(wanted, said);
 }
 
 // "4", "4 and 8", "4, 8 and 12"; beyond a dozen, how many more.
@@ -110,8 +100,9 @@ std::vector<std::string> keptLights(const StreamAnalysis& analysis) {
 }  // namespace
 
 void editShadow(MDLObject& model, const EditRequest& request, EditSteps& steps) {
-    if (request.addKillShadow) steps.steps.push_back(addKillShadow(model, request.force));
-    if (request.removeKillShadow) steps.steps.push_back(removeKillShadow(model, request.force));
+    if (request.addKillShadow) steps.steps.push_back(changeKillShadow(model, true, request.force));
+    if (request.removeKillShadow)
+        steps.steps.push_back(changeKillShadow(model, false, request.force));
 }
 
 void editLights(MDLObject& model, EditSteps& steps) {
