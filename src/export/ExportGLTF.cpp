@@ -7,6 +7,7 @@
 #include "foundation/Errors.h"
 #include "foundation/FileSystem.h"
 #include "foundation/GeneralFunctions.h"
+#include "foundation/NativeFiles.h"
 #include "image/ImageFile.h"
 #include "model/TextureFiles.h"
 
@@ -247,12 +248,11 @@ void writeFiles(const Output& out, gltf::Builder& builder, GLTFExport& summary) 
         summary.bytes = static_cast<int64_t>(bytes.size());
         return;
     }
-    const std::filesystem::path target(out.path);
-    const std::string stem = target.stem().string();
+    const std::filesystem::path target = fs::nativePath(out.path);
+    const std::string stem = fs::utf8Path(target.stem());
     const auto beside = [&target](const std::string& name) {
-        return (target.has_parent_path() ? target.parent_path() / name
-                                         : std::filesystem::path(name))
-            .string();
+        return fs::utf8Path(target.has_parent_path() ? target.parent_path() / fs::nativePath(name)
+                                                     : fs::nativePath(name));
     };
     std::vector<std::string> imageNames;
     for (std::size_t i = 0; i < builder.images().size(); ++i) {
@@ -340,16 +340,16 @@ GLTFExport MDLObject::exportGLTF(const std::string& f, const std::string& textur
         }
         addLights(geometry, builder, summary);
 
-        const std::string name = mdlPath_.empty() ? std::string("model")
-                                                  : std::filesystem::path(mdlPath_).stem().string();
+        const std::string name =
+            mdlPath_.empty() ? std::string("model") : fs::utf8Path(fs::nativePath(mdlPath_).stem());
         const GuardAnalysis& guard = analysis.guard();
-        json extras{{"model", utf8FromWindows1252(name)},
+        json extras{{"model", fileNameFromModelText(name)},
                     {"isft", utf8FromWindows1252(getISFT())},
                     {"guard", guard.guardedCall() == 0 ? json(nullptr) : json(guard.formula())},
                     {"boundingBox", boxJson(required(boundingBox_))},
                     {"axes", "glTF (x, y, z) is the model's (x, y, -z): x east, y up, z south"}};
         if (scenario) extras["scenario"] = scenarioJson(*scenario);
-        builder.finish(utf8FromWindows1252(name), extras);
+        builder.finish(fileNameFromModelText(name), extras);
         writeFiles(out, builder, summary);
         return summary;
     } catch (Error& error) {

@@ -5,6 +5,7 @@
 #include "foundation/Errors.h"
 #include "foundation/FileSystem.h"
 #include "foundation/GeneralFunctions.h"
+#include "foundation/NativeFiles.h"
 #include "foundation/NumberText.h"
 #include "foundation/OutputFile.h"
 
@@ -39,8 +40,7 @@ constexpr std::string_view kPrimaryRed{"\xFF\x00\x00\xFF", 4};  // a, b, g, r
 // Today's date in the short numeric form month/day/year ("11/22/2026"), without the time.
 std::string todaysShortDate() {
     const std::time_t now = std::time(nullptr);
-    std::tm local{};
-    localtime_r(&now, &local);
+    const std::tm local = fs::localTime(now);
     return std::to_string(local.tm_mon + 1) + "/" + std::to_string(local.tm_mday) + "/" +
            std::to_string(local.tm_year + 1900);
 }

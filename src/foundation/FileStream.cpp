@@ -2,6 +2,7 @@
 
 #include "foundation/Errors.h"
 #include "foundation/FileSystem.h"
+#include "foundation/NativeFiles.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -11,8 +12,8 @@ namespace velmora {
 
 FileStream::FileStream(const std::string& path) : path_(path) {
     errno = 0;
-    file_ = std::fopen(path.c_str(), "r+b");
-    if (file_ == nullptr && errno == ENOENT) file_ = std::fopen(path.c_str(), "w+b");
+    file_ = fs::openFile(path, "r+b");
+    if (file_ == nullptr && errno == ENOENT) file_ = fs::openFile(path, "w+b");
     if (file_ == nullptr) raiseOpenError(errno, path_);
     if (std::fseek(file_, 0, SEEK_END) == 0) knownLength_ = std::ftell(file_);
     std::fseek(file_, 0, SEEK_SET);

@@ -2,9 +2,7 @@
 
 #include "foundation/Errors.h"
 #include "foundation/GeneralFunctions.h"
-
-#include <sys/stat.h>
-#include <unistd.h>
+#include "foundation/NativeFiles.h"
 
 #include <atomic>
 #include <cerrno>
@@ -21,7 +19,8 @@ namespace {
 bool folderIsMissing(const std::string& path) {
     const std::string folder = folderOfPath(path);
     std::error_code ignored;
-    return folder != path && !folder.empty() && !std::filesystem::is_directory(folder, ignored);
+    return folder != path && !folder.empty() &&
+           !std::filesystem::is_directory(fs::nativePath(folder), ignored);
 }
 
 [[noreturn]] void raiseMissingFolder(const std::string& path) {
@@ -47,31 +46,26 @@ namespace stdfs = std::filesystem;
 
 namespace {
 
-// A file without any write permission is read-only for everyone, root included, as the
-// read-only attribute of a file is on other systems.
 bool isReadOnly(const std::string& path) {
-    struct stat status {};
-    if (stat(path.c_str(), &status) != 0) return false;
-    if ((status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0) return true;
-    return access(path.c_str(), W_OK) != 0 && errno == EACCES;
+    return isReadOnlyFile(path);
 }
 
 }  // namespace
 
 bool fileExists(const std::string& path) {
     std::error_code ignored;
-    return !path.empty() && stdfs::is_regular_file(path, ignored);
+    return !path.empty() && stdfs::is_regular_file(nativePath(path), ignored);
 }
 
 void deleteFile(const std::string& path, bool force) {
     if (!fileExists(path)) raiseFileError(ENOENT, path);
     if (!force && isReadOnly(path)) raiseReadOnly(path);
-    if (std::remove(path.c_str()) != 0) raiseFileError(errno, path);
+    if (const int error = removeFile(path); error != 0) raiseFileError(error, path);
 }
 
 int32_t fileSize(const std::string& path) {
     std::error_code code;
-    const auto size = stdfs::file_size(path, code);
+    const auto size = stdfs::file_size(nativePath(path), code);
     if (code) raiseFileError(code, path);
     if (size > static_cast<std::uintmax_t>(std::numeric_limits<int32_t>::max())) {
         raisePlatformError(kOverflow);
@@ -80,7 +74,7 @@ int32_t fileSize(const std::string& path) {
 }
 
 std::string readWholeFile(const std::string& path) {
-    std::FILE* file = std::fopen(path.c_str(), "rb");
+    std::FILE* file = openFile(path, "rb");
     if (file == nullptr) raiseOpenError(errno, path);
     std::string bytes;
     if (std::fseek(file, 0, SEEK_END) == 0) {
@@ -98,7 +92,7 @@ std::string readWholeFile(const std::string& path) {
 }
 
 std::string readFileStart(const std::string& path, std::size_t count) {
-    std::FILE* file = std::fopen(path.c_str(), "rb");
+    std::FILE* file = openFile(path, "rb");
     if (file == nullptr) raiseOpenError(errno, path);
     std::string bytes(count, '\0');
     bytes.resize(std::fread(bytes.data(), 1, count, file));
@@ -111,9 +105,9 @@ void replaceFile(const std::string& path, const std::string& bytes) {
     if (fileExists(path) && isReadOnly(path)) raiseReadOnly(path);
 
     static std::atomic<unsigned> counter{0};
-    const std::string temporary = path + ".velmora-" + std::to_string(getpid()) + "-" +
+    const std::string temporary = path + ".velmora-" + std::to_string(processId()) + "-" +
                                   std::to_string(counter.fetch_add(1)) + ".tmp";
-    std::FILE* file = std::fopen(temporary.c_str(), "wb");
+    std::FILE* file = openFile(temporary, "wb");
     if (file == nullptr) raiseOpenError(errno, path);
     const bool written =
         bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
@@ -122,16 +116,14 @@ void replaceFile(const std::string& path, const std::string& bytes) {
     if (written && !flushed) error = errno;
     const bool closed = std::fclose(file) == 0;
     if (!written || !flushed || !closed) {
-        std::remove(temporary.c_str());
+        removeFile(temporary);
         raiseFileError(error, path);
     }
     // Keep the permissions of the file that is replaced.
-    struct stat old {};
-    if (stat(path.c_str(), &old) == 0) chmod(temporary.c_str(), old.st_mode & 07777);
-    if (std::rename(temporary.c_str(), path.c_str()) != 0) {
-        error = errno;
-        std::remove(temporary.c_str());
-        raiseFileError(error, path);
+    copyPermissions(path, temporary);
+    if (const int moved = moveOver(temporary, path); moved != 0) {
+        removeFile(temporary);
+        raiseFileError(moved, path);
     }
 }
 

@@ -1,8 +1,7 @@
 #include <velmora/Host.h>
 
 #include "foundation/Host.h"
-
-#include <unistd.h>
+#include "foundation/NativeFiles.h"
 
 #include <atomic>
 #include <filesystem>
@@ -19,13 +18,10 @@ std::atomic<bool> hookInstalled{false};
 std::string folderOverride;
 
 std::string defaultApplicationFolder() {
+    const std::string folder = fs::programFolder();
+    if (!folder.empty() && fs::isWritableFolder(folder)) return folder;
     std::error_code code;
-    auto program = std::filesystem::read_symlink("/proc/self/exe", code);
-    if (!code) {
-        const std::string folder = program.parent_path().string();
-        if (access(folder.c_str(), W_OK) == 0) return folder;
-    }
-    return std::filesystem::temp_directory_path(code).string();
+    return fs::utf8Path(std::filesystem::temp_directory_path(code));
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include "foundation/Errors.h"
 #include "foundation/FileSystem.h"
+#include "foundation/NativeFiles.h"
 
 #include <cerrno>
 
@@ -9,7 +10,7 @@ namespace velmora {
 
 OutputFile::OutputFile(std::string path) : path_(std::move(path)) {
     errno = 0;
-    file_ = std::fopen(path_.c_str(), "wb");
+    file_ = fs::openFile(path_, "wb");
     if (file_ == nullptr) raiseOpenError(errno, path_);
 }
 

@@ -4,6 +4,7 @@
 #include "foundation/Errors.h"
 #include "foundation/FileSystem.h"
 #include "foundation/Host.h"
+#include "foundation/NativeFiles.h"
 #include "foundation/NumberText.h"
 #include "model/SectionIndex.h"
 
@@ -44,9 +45,8 @@ std::string printableTag(const std::string& tag) {
 void readSectionTable(MDLObject& model, ByteReader& in, PayloadStarts& payloadStarts) {
     const int64_t length = in.size();
     if (length < 12) {
-        raiseNotAModel(length == 0
-                           ? "it is empty"
-                           : "it holds only " + numbers::formatGrouped(length) + " bytes");
+        raiseNotAModel(length == 0 ? "it is empty"
+                                   : "it holds only " + numbers::formatGrouped(length) + " bytes");
     }
     const std::string head = in.text(4);
     if (model.getRIFFSectionIndex(head) != sections::RIFF) {
@@ -110,7 +110,8 @@ void MDLObject::readMDL(const std::string& file) {
             missing = error.detail();
         }
     } else {
-        missing = std::filesystem::is_directory(file, code) ? "it is a folder" : "no such file";
+        missing = std::filesystem::is_directory(fs::nativePath(file), code) ? "it is a folder"
+                                                                            : "no such file";
     }
     try {
         if (!missing.empty()) raiseNotAModel(missing);

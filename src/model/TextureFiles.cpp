@@ -1,7 +1,9 @@
 #include <velmora/TextureList.h>
+#include <velmora/Windows1252.h>
 
 #include "foundation/Errors.h"
 #include "foundation/GeneralFunctions.h"
+#include "foundation/NativeFiles.h"
 #include "model/TextureFiles.h"
 
 #include <algorithm>
@@ -16,9 +18,9 @@ std::vector<std::string> detail::textureFiles(const TextureList& textures,
                                               const std::string& folder) {
     std::map<std::string, std::string> files;
     std::error_code code;
-    for (const auto& entry : stdfs::directory_iterator(folder, code)) {
+    for (const auto& entry : stdfs::directory_iterator(fs::nativePath(folder), code)) {
         if (entry.is_regular_file()) {
-            files[asciiLower(entry.path().filename().string())] = entry.path().string();
+            files[asciiLower(fs::utf8Path(entry.path().filename()))] = fs::utf8Path(entry.path());
         }
     }
     if (code) {
@@ -29,10 +31,11 @@ std::vector<std::string> detail::textureFiles(const TextureList& textures,
     std::vector<std::string> found;
     for (const auto& entry : textures) {
         // Only the name's last part counts: a model's name never reaches outside the folder.
-        std::string name = entry->bitmap();
+        // Its bytes are matched as the file system's UTF-8 names.
+        std::string name = fileNameFromModelText(entry->bitmap());
         const auto cut = name.find_last_of("/\\");
         if (cut != std::string::npos) name = name.substr(cut + 1);
-        const std::string stem = asciiLower(stdfs::path(name).stem().string());
+        const std::string stem = asciiLower(name.substr(0, name.rfind('.')));
         std::vector<std::string> candidates{asciiLower(name)};
         for (const char* extension : {".bmp", ".dds", ".tga", ".png", ".jpg", ".jpeg"})
             candidates.push_back(stem + extension);

@@ -35,19 +35,19 @@ std::vector<BatchInput> searchFolder(const std::string& folder, const BatchOptio
     std::error_code code;
     const auto follow = options.followLinks ? stdfs::directory_options::follow_directory_symlink
                                             : stdfs::directory_options::none;
-    for (auto it = stdfs::recursive_directory_iterator(folder, follow, code);
+    for (auto it = stdfs::recursive_directory_iterator(pathOf(folder), follow, code);
          !code && it != stdfs::recursive_directory_iterator(); it.increment(code)) {
-        if (leavesTree(*it, folder, options.followLinks)) {
+        if (leavesTree(*it, pathOf(folder), options.followLinks)) {
             it.disable_recursion_pending();
             continue;
         }
-        const std::string extension = lowercase(it->path().extension().string());
+        const std::string extension = lowercase(textOf(it->path().extension()));
         if (!it->is_regular_file() ||
             std::find(extensions.begin(), extensions.end(), extension) == extensions.end()) {
             continue;
         }
         found.push_back(
-            {it->path().string(), stdfs::relative(it->path(), folder).generic_string()});
+            {textOf(it->path()), genericTextOf(stdfs::relative(it->path(), pathOf(folder)))});
     }
     if (code) throw ToolError(folder, "can't be searched: " + code.message());
     std::sort(found.begin(), found.end(),
@@ -60,9 +60,9 @@ std::vector<BatchInput> gatherInputs(const BatchOptions& options,
     std::vector<BatchInput> inputs;
     for (const std::string& argument : options.inputs) {
         std::error_code code;
-        if (!stdfs::is_directory(argument, code)) {
+        if (!stdfs::is_directory(pathOf(argument), code)) {
             checkInputFile(argument);
-            inputs.push_back({argument, stdfs::path(argument).filename().string()});
+            inputs.push_back({argument, textOf(pathOf(argument).filename())});
             continue;
         }
         const std::vector<BatchInput> found = searchFolder(argument, options, extensions);
@@ -261,7 +261,8 @@ void addBatchOptions(CLI::App& command, BatchOptions& options) {
 
 bool isBatch(const std::vector<std::string>& inputs) {
     std::error_code code;
-    return inputs.size() > 1 || (inputs.size() == 1 && stdfs::is_directory(inputs[0], code));
+    return inputs.size() > 1 ||
+           (inputs.size() == 1 && stdfs::is_directory(pathOf(inputs[0]), code));
 }
 
 void runFiles(const std::string& command, const BatchOptions& options, bool asJson,
@@ -285,11 +286,11 @@ void runFiles(const std::string& command, const BatchOptions& options, bool asJs
 
 std::string outputFor(const std::string& folder, const BatchInput& input,
                       const std::string& extension) {
-    stdfs::path relative(input.relative);
+    stdfs::path relative = pathOf(input.relative);
     relative.replace_extension(extension);
-    const stdfs::path path = stdfs::path(folder) / relative;
-    if (path.has_parent_path()) prepareOutputFolder(path.parent_path().string());
-    return path.string();
+    const stdfs::path path = pathOf(folder) / relative;
+    if (path.has_parent_path()) prepareOutputFolder(textOf(path.parent_path()));
+    return textOf(path);
 }
 
 }  // namespace tool

@@ -1,8 +1,5 @@
 #include "Tool.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -15,25 +12,16 @@ namespace {
 
 namespace stdfs = std::filesystem;
 
-// A file without any write permission is read-only for everyone, root included.
-bool isReadOnly(const std::string& path) {
-    struct stat status {};
-    if (stat(path.c_str(), &status) != 0) return false;
-    if ((status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0) return true;
-    return access(path.c_str(), W_OK) != 0;
-}
-
 std::string temporaryBeside(const stdfs::path& target) {
     static int counter = 0;
     const stdfs::path folder = target.has_parent_path() ? target.parent_path() : ".";
     // The target's extension stays last: some writers derive names from it.
-    return (folder / (".velmora-" + std::to_string(getpid()) + "-" + std::to_string(counter++) +
-                      "-" + target.filename().string()))
-        .string();
+    return textOf(folder / pathOf(".velmora-" + std::to_string(processId()) + "-" +
+                                  std::to_string(counter++) + "-" + textOf(target.filename())));
 }
 
 void copyToStandardOutput(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
+    std::ifstream in(pathOf(path), std::ios::binary);
     std::cout << in.rdbuf();
     std::cout.flush();
     if (!std::cout) {
@@ -71,16 +59,16 @@ Output::Output(std::string target, Stream stream, std::string streamName)
         return;
     }
     std::error_code code;
-    const stdfs::path path(target_);
+    const stdfs::path path = pathOf(target_);
     if (stdfs::is_directory(path, code)) {
         throw ToolError(target_, "is a folder", "give a file name inside it");
     }
     const stdfs::path folder = path.has_parent_path() ? path.parent_path() : ".";
     if (!stdfs::is_directory(folder, code)) {
-        throw ToolError(target_, "the folder '" + folder.string() + "' does not exist",
+        throw ToolError(target_, "the folder '" + textOf(folder) + "' does not exist",
                         "create it first");
     }
-    if (stdfs::exists(path, code) && isReadOnly(target_)) {
+    if (stdfs::exists(path, code) && isReadOnlyFile(target_)) {
         throw ToolError(target_, "is read-only", "remove it or choose another name");
     }
 }
@@ -91,36 +79,36 @@ std::string Output::said() const {
 
 void Output::write(const std::function<void(const std::string& path)>& writeTo,
                    const std::function<void(const std::string& path)>& check) const {
-    const std::string temporary = toStandardOutput_
-                                      ? temporaryBeside(stdfs::temp_directory_path() / streamName_)
-                                      : temporaryBeside(target_);
+    const std::string temporary =
+        toStandardOutput_ ? temporaryBeside(stdfs::temp_directory_path() / pathOf(streamName_))
+                          : temporaryBeside(pathOf(target_));
     std::error_code ignored;
     try {
         writeTo(temporary);
         if (check) check(temporary);
         if (toStandardOutput_) {
             copyToStandardOutput(temporary);
-            stdfs::remove(temporary, ignored);
+            stdfs::remove(pathOf(temporary), ignored);
             return;
         }
         std::error_code code;
-        stdfs::rename(temporary, target_, code);
+        replaceWith(temporary, target_, code);
         if (code) throw ToolError(target_, "cannot be replaced: " + code.message());
     } catch (const velmora::Error& e) {
-        stdfs::remove(temporary, ignored);
+        stdfs::remove(pathOf(temporary), ignored);
         throw aboutTarget(e, temporary, toStandardOutput_ ? said() : target_);
     } catch (...) {
-        stdfs::remove(temporary, ignored);
+        stdfs::remove(pathOf(temporary), ignored);
         throw;
     }
 }
 
 void prepareOutputFolder(const std::string& folder) {
     std::error_code code;
-    if (stdfs::exists(folder, code) && !stdfs::is_directory(folder, code)) {
+    if (stdfs::exists(pathOf(folder), code) && !stdfs::is_directory(pathOf(folder), code)) {
         throw ToolError(folder, "is a file, not a folder", "give the name of a folder");
     }
-    stdfs::create_directories(folder, code);
+    stdfs::create_directories(pathOf(folder), code);
     if (code) throw ToolError(folder, "cannot be created: " + code.message());
 }
 

@@ -60,9 +60,9 @@ void scanFile(const std::string& file, const ScanOptions& o, const RenderSetting
         entry["guard"] = guard.guardedCall() == 0 ? json(nullptr) : json(guard.formula());
         if (!o.extract.empty()) {
             const std::string folder =
-                into.empty() ? o.extract : (stdfs::path(o.extract) / into).string();
+                into.empty() ? o.extract : textOf(pathOf(o.extract) / pathOf(into));
             prepareOutputFolder(folder);
-            const std::string path = (stdfs::path(folder) / numbered(index, ".mdl")).string();
+            const std::string path = textOf(pathOf(folder) / numbered(index, ".mdl"));
             Output(path, Output::Stream::Refused).write([&](const std::string& temporary) {
                 model->saveMDL(temporary);
             });
@@ -70,9 +70,9 @@ void scanFile(const std::string& file, const ScanOptions& o, const RenderSetting
         }
         if (!o.thumbnails.empty()) {
             const std::string folder =
-                into.empty() ? o.thumbnails : (stdfs::path(o.thumbnails) / into).string();
+                into.empty() ? o.thumbnails : textOf(pathOf(o.thumbnails) / pathOf(into));
             prepareOutputFolder(folder);
-            const std::string path = (stdfs::path(folder) / numbered(index, ".png")).string();
+            const std::string path = textOf(pathOf(folder) / numbered(index, ".png"));
             Picture picture;
             try {
                 picture = renderModel(*model, settings);
@@ -109,11 +109,11 @@ void printEntries(std::ostream& out, const std::string& file, const std::vector<
 FileResult scanOf(const BatchInput& input, const ScanOptions& o, const RenderSettings& settings,
                   bool alone) {
     FileResult result;
-    result.bytes = static_cast<int64_t>(stdfs::file_size(input.path));
+    result.bytes = static_cast<int64_t>(stdfs::file_size(pathOf(input.path)));
     // In a batch each compiled file's models go to a folder of their own, named after the file.
     std::vector<json> entries;
     scanFile(input.path, o, settings,
-             alone ? "" : stdfs::path(input.relative).replace_extension("").string(), entries);
+             alone ? "" : textOf(pathOf(input.relative).replace_extension("")), entries);
     result.models = static_cast<int64_t>(entries.size());
     result.document = {{"format", kJsonFormat}, {"file", input.path}, {"models", entries}};
     for (json entry : entries) {

@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <stdexcept>
@@ -109,6 +110,22 @@ json jsonNumber(const std::string& text);
 // A text from a model for people: UTF-8 from Windows-1252, NUL bytes shown as \0.
 std::string modelText(const std::string& bytes);
 
+// What differs between POSIX and Windows (Platform.cpp). Paths are UTF-8 text in the tool; on
+// Windows they reach the system through its wide API.
+std::filesystem::path pathOf(const std::string& utf8);
+std::string textOf(const std::filesystem::path& path);
+// With "/" between its parts on every system.
+std::string genericTextOf(const std::filesystem::path& path);
+// Moves a finished file over its target, replacing it.
+void replaceWith(const std::string& from, const std::string& to, std::error_code& code);
+// True when the file exists and may not be written (no write permission, or read-only).
+bool isReadOnlyFile(const std::string& path);
+long long processId();
+// The command line as UTF-8 words, whatever the system's code page.
+std::vector<std::string> commandLine(int argc, char** argv);
+// Standard output and error take bytes as they are (no line-end translation), and a console
+// shows them as UTF-8.
+void prepareConsole();
 // True when standard output or standard error is a terminal.
 bool standardOutputIsTerminal();
 bool standardErrorIsTerminal();

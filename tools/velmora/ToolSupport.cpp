@@ -1,7 +1,5 @@
 #include "Tool.h"
 
-#include <unistd.h>
-
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
@@ -64,8 +62,8 @@ ToolError fromLibrary(const velmora::Error& error, const std::string& file,
 
 void checkInputFile(const std::string& path) {
     std::error_code code;
-    if (stdfs::is_directory(path, code)) throw ToolError(path, "is a folder, not a file");
-    if (!stdfs::exists(path, code)) throw ToolError(path, "no such file");
+    if (stdfs::is_directory(pathOf(path), code)) throw ToolError(path, "is a folder, not a file");
+    if (!stdfs::exists(pathOf(path), code)) throw ToolError(path, "no such file");
 }
 
 std::shared_ptr<velmora::MDLObject> loadModel(const std::string& path) {
@@ -125,14 +123,6 @@ std::string modelText(const std::string& bytes) {
         }
     }
     return out;
-}
-
-bool standardOutputIsTerminal() {
-    return isatty(fileno(stdout)) != 0;
-}
-
-bool standardErrorIsTerminal() {
-    return isatty(fileno(stderr)) != 0;
 }
 
 void showProgress(const std::string& what, int done, int total) {

@@ -89,7 +89,14 @@ int run(CLI::App& app, int argc, char** argv) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int count, char** words) {
+    tool::prepareConsole();
+    std::vector<std::string> line = tool::commandLine(count, words);
+    std::vector<char*> pointers;
+    for (std::string& word : line)
+        pointers.push_back(word.data());
+    const int argc = static_cast<int>(pointers.size());
+    char** argv = pointers.data();
 #ifdef SIGPIPE
     // A closed pipe is a failed write, reported like any other, not a silent end.
     std::signal(SIGPIPE, SIG_IGN);
