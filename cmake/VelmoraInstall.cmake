@@ -23,10 +23,18 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/velmoraConfigVersion.cmak
                                  COMPATIBILITY SameMinorVersion)
 set(cmake_package_files ${PROJECT_BINARY_DIR}/velmoraConfig.cmake
     ${PROJECT_BINARY_DIR}/velmoraConfigVersion.cmake)
-if(VELMORA_PREVIEW)
+if(VELMORA_PREVIEW AND NOT WIN32)
     list(APPEND cmake_package_files ${CMAKE_CURRENT_LIST_DIR}/FindFreeImage.cmake)
 endif()
 install(FILES ${cmake_package_files} DESTINATION ${VELMORA_CMAKE_DIR})
+
+# On Windows the package is a zip: the README, the licence and the samples lie at its top, and
+# there is no pkg-config file (the CMake package serves MinGW and the library's users there).
+if(WIN32)
+    install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION .)
+    install(DIRECTORY ${PROJECT_SOURCE_DIR}/samples/ DESTINATION samples)
+    return()
+endif()
 
 # The pkg-config file finds the prefix from its own place, so the same file serves an install
 # under any prefix, a Debian package and a package unpacked anywhere. The library is static: what

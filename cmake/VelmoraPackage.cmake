@@ -1,6 +1,16 @@
 # The Debian package (`make package`, or cpack in a build folder): one package, velmora, with the
 # library, its headers, the CMake package, the pkg-config file, the tool, the README and the
 # licence, installed under /usr.
+#
+# On Windows it is a zip instead, velmora-<version>-windows-x86_64.zip, whose one folder holds the
+# tool, the library, the headers, the CMake package, the README, the licence and the samples.
+if(WIN32)
+    set(CPACK_GENERATOR ZIP)
+    set(CPACK_PACKAGE_FILE_NAME velmora-${PROJECT_VERSION}-windows-x86_64)
+    set(CPACK_INCLUDE_TOPLEVEL_DIRECTORY ON)
+    include(CPack)
+    return()
+endif()
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME velmora)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})

@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
-# Installs the Debian packages that building and testing Velmora needs.
-# As root it installs what is missing; otherwise it names the missing packages and fails.
+# Installs the Debian packages that building and testing Velmora needs; `setup.sh windows` also
+# those of the Windows build (MinGW-w64, Wine, Xvfb). As root it installs what is missing;
+# otherwise it names the missing packages and fails.
 set -euo pipefail
 
 packages=(
     build-essential cmake pkg-config dpkg-dev file
     libgtest-dev libgmock-dev libbenchmark-dev
-    libfreeimage-dev
+    libfreeimage-dev libstb-dev
     libegl-dev libgl-dev libglu1-mesa-dev libegl-mesa0 libgl1-mesa-dri
     openscenegraph
     libcli11-dev nlohmann-json3-dev
@@ -14,6 +15,12 @@ packages=(
     python3
     chromium assimp-utils
 )
+# Wine's own recommendations (its OpenGL, fonts) are what the preview's tests need under it.
+with_recommends=()
+if [ "${1:-}" = windows ]; then
+    packages+=(g++-mingw-w64-x86-64-posix googletest wine wine64 xvfb xauth)
+    with_recommends=(wine wine64)
+fi
 # Node.js runs the glTF readers of tests/gltf; a machine that has it from elsewhere keeps it.
 if ! command -v node >/dev/null || ! command -v npm >/dev/null; then
     packages+=(nodejs npm)
@@ -53,4 +60,7 @@ echo "Installing: ${missing[*]}"
 export DEBIAN_FRONTEND=noninteractive
 apt-get update -qq
 apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+if [ ${#with_recommends[@]} -gt 0 ]; then
+    apt-get install -y -qq "${with_recommends[@]}" >/dev/null
+fi
 install_gltf_readers

@@ -3,7 +3,7 @@
 
 #include "foundation/Errors.h"
 #include "foundation/NumberText.h"
-#include "preview/EglSurface.h"
+#include "preview/WindowSurface.h"
 
 #include <GL/gl.h>
 #include <GL/glu.h>
@@ -85,7 +85,7 @@ void MDLObject::glDrawMDL(float heading, float pitch, float panX, float panY, fl
     glPushMatrix();
     glCallList(static_cast<GLuint>(drawListId_));
     glPopMatrix();
-    egl::swapBuffers(hDC);
+    windowing::swapBuffers(hDC);
 }
 
 }  // namespace velmora

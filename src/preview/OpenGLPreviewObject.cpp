@@ -2,7 +2,7 @@
 
 #include "foundation/Errors.h"
 #include "image/ImageFile.h"
-#include "preview/EglSurface.h"
+#include "preview/WindowSurface.h"
 
 #include <GL/gl.h>
 
@@ -39,17 +39,17 @@ OpenGLPreviewObject::~OpenGLPreviewObject() = default;
 
 void OpenGLPreviewObject::initOpenGL(int32_t h) {
     deviceContext_ = h;
-    const int32_t format = egl::choosePixelFormat(deviceContext_);
+    const int32_t format = windowing::choosePixelFormat(deviceContext_);
     if (format == 0) raiseLibraryError(kSource, "Could not initialize OpenGL");
     // Unlike the described set-up, a surface or context that can't be made is an error here.
-    if (!egl::setPixelFormat(deviceContext_, format)) {
+    if (!windowing::setPixelFormat(deviceContext_, format)) {
         raiseNoContext("no drawing buffer could be made for surface " + std::to_string(h));
     }
-    renderContext_ = egl::createContext(deviceContext_);
+    renderContext_ = windowing::createContext(deviceContext_);
     if (renderContext_ == 0) {
         raiseNoContext("no OpenGL context could be made on surface " + std::to_string(h));
     }
-    if (!egl::makeCurrent(deviceContext_, renderContext_)) {
+    if (!windowing::makeCurrent(deviceContext_, renderContext_)) {
         raiseNoContext("the OpenGL context could not be made current");
     }
     openGLInit_ = true;

@@ -3,25 +3,25 @@
 #include "foundation/Errors.h"
 #include "foundation/FileSystem.h"
 #include "image/ImageFile.h"
-#include "preview/EglSurface.h"
+#include "preview/WindowSurface.h"
 
 namespace velmora {
 
 int32_t createPreviewSurface(int32_t width, int32_t height) {
-    return egl::createSurface(width, height);
+    return windowing::createSurface(width, height);
 }
 
 std::vector<uint8_t> previewSurfacePixels(int32_t hDC) {
-    return *egl::surfacePixels(hDC).rgb;
+    return *windowing::surfacePixels(hDC).rgb;
 }
 
 void savePreviewSurfacePNG(int32_t hDC, const std::string& path) {
-    const egl::SurfacePixels frame = egl::surfacePixels(hDC);
+    const windowing::SurfacePixels frame = windowing::surfacePixels(hDC);
     fs::replaceFile(path, image::encodePNG(*frame.rgb, frame.width, frame.height));
 }
 
 int32_t previewSurfaceLimit() {
-    return egl::largestSurface();
+    return windowing::largestSurface();
 }
 
 void savePixelsPNG(const std::vector<uint8_t>& rgb, int32_t width, int32_t height,
@@ -34,7 +34,7 @@ void savePixelsPNG(const std::vector<uint8_t>& rgb, int32_t width, int32_t heigh
 }
 
 void destroyPreviewSurface(int32_t hDC) {
-    egl::destroySurface(hDC);
+    windowing::destroySurface(hDC);
 }
 
 // Surfaces have no physical screen behind them; 15 twips a pixel is the usual 96 dots an inch.

@@ -4,7 +4,7 @@
 
 #include "foundation/Errors.h"
 #include "foundation/Host.h"
-#include "preview/EglSurface.h"
+#include "preview/WindowSurface.h"
 
 #include <GL/gl.h>
 #include <GL/glu.h>
@@ -90,7 +90,7 @@ struct Camera {
 
 // The camera that looks at `sphere` along the view's heading and elevation from the view's
 // distance, or from where the sphere fits the frame with a margin.
-Camera cameraFor(const View& view, const Sphere& sphere, const egl::SurfacePixels& surface) {
+Camera cameraFor(const View& view, const Sphere& sphere, const windowing::SurfacePixels& surface) {
     Camera camera;
     camera.centre = sphere.centre;
     camera.aspect = static_cast<double>(surface.width) / surface.height;
@@ -225,7 +225,7 @@ void drawLights(const GeometryCollector& geometry, bool night, int32_t height) {
 
 // The frame's state, projection and lights, and the camera; the modelview takes the model's
 // axes to the world. At night the sky is dark and only the moon and the model's own light show.
-void beginFrame(const View& view, const Camera& camera, const egl::SurfacePixels& surface,
+void beginFrame(const View& view, const Camera& camera, const windowing::SurfacePixels& surface,
                 bool night) {
     glPushAttrib(GL_ALL_ATTRIB_BITS);
     glViewport(0, 0, surface.width, surface.height);
@@ -316,7 +316,7 @@ void MDLObject::glPrepareView(const std::shared_ptr<OpenGLPreviewObject>& oglPre
 ViewResult MDLObject::glDrawView(const View& view, int32_t hDC,
                                  const std::optional<Scenario>& scenario) const {
     checkView(view);
-    const egl::SurfacePixels surface = egl::surfacePixels(hDC);
+    const windowing::SurfacePixels surface = windowing::surfacePixels(hDC);
 
     // What is drawn, with its extent, before anything is drawn: the walk goes to a collector.
     GeometryCollector geometry;
@@ -340,7 +340,7 @@ ViewResult MDLObject::glDrawView(const View& view, int32_t hDC,
     glFinish();
     result.pixels = coveredPixels(surface.width, surface.height);
     endFrame();
-    egl::swapBuffers(hDC);
+    windowing::swapBuffers(hDC);
     return result;
 }
 

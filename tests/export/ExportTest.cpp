@@ -287,7 +287,7 @@ TEST(OsgconvReadBack, TexturedModelComesBackWithItsFacesVerticesAndTextures) {
         if (key == "v")
             words >> vertices.emplace_back()[0] >> vertices.back()[1] >> vertices.back()[2];
         if (key == "map_Kd" && words >> value)
-            images.insert(std::filesystem::path(value).filename());
+            images.insert(std::filesystem::path(value).filename().string());
         if (key == "f") {
             for (Position& corner : triangles.emplace_back()) {
                 words >> value;  // "vertex/texture/normal", 1-based

@@ -4,10 +4,10 @@
 #include <velmora/PreviewSurface.h>
 
 #include "support/ErrorMatchers.h"
+#include "support/ImageFiles.h"
 #include "support/ModelBytes.h"
 #include "support/TempDir.h"
 
-#include <FreeImage.h>
 #include <GL/gl.h>
 #include <gtest/gtest.h>
 
@@ -25,32 +25,29 @@ constexpr int kSize = 256;
 
 using Rgb = std::array<uint8_t, 3>;
 
-// Writes an image with FreeImage and gives its pixels as RGB from the top row: 24 bits of a
-// gradient, or 8 bits of palette indices, the palette giving index i the colour (i, i/2, 255-i).
-std::vector<Rgb> writeImage(const std::string& path, FREE_IMAGE_FORMAT format, int width,
-                            int height, int bits) {
-    FIBITMAP* bitmap = FreeImage_Allocate(width, height, bits);
-    RGBQUAD* palette = FreeImage_GetPalette(bitmap);
-    for (int i = 0; palette && i < 256; ++i)
-        palette[i] = {static_cast<BYTE>(255 - i), static_cast<BYTE>(i / 2), static_cast<BYTE>(i),
-                      0};
+// Writes an image and gives its pixels as RGB from the top row: 24 bits of a gradient, or 8 bits
+// of palette indices, the palette giving index i the colour (i, i/2, 255-i).
+std::vector<Rgb> writeImage(const std::string& path, int width, int height, int bits) {
+    std::vector<Rgb> palette;
+    for (int i = 0; bits == 8 && i < 256; ++i)
+        palette.push_back(
+            {static_cast<uint8_t>(i), static_cast<uint8_t>(i / 2), static_cast<uint8_t>(255 - i)});
     std::vector<Rgb> pixels;
+    std::vector<uint8_t> indices;
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
-            const auto column = static_cast<unsigned>(x),
-                       row = static_cast<unsigned>(height - 1 - y);
-            BYTE i = static_cast<BYTE>(x * 5 + y * 3);
-            RGBQUAD c{static_cast<BYTE>((x + y) * 3), static_cast<BYTE>(y * 11),
-                      static_cast<BYTE>(x * 7), 255};
-            if (bits == 8) FreeImage_SetPixelIndex(bitmap, column, row, &i);
-            if (bits != 8) FreeImage_SetPixelColor(bitmap, column, row, &c);
-            pixels.push_back(
-                bits == 8 ? Rgb{i, static_cast<uint8_t>(i / 2), static_cast<uint8_t>(255 - i)}
-                          : Rgb{c.rgbRed, c.rgbGreen, c.rgbBlue});
+            indices.push_back(static_cast<uint8_t>(x * 5 + y * 3));
+            pixels.push_back(bits == 8
+                                 ? palette[indices.back()]
+                                 : Rgb{static_cast<uint8_t>(x * 7), static_cast<uint8_t>(y * 11),
+                                       static_cast<uint8_t>((x + y) * 3)});
         }
     }
-    EXPECT_TRUE(FreeImage_Save(format, bitmap, path.c_str(), 0));
-    FreeImage_Unload(bitmap);
+    if (path.ends_with(".png")) {
+        EXPECT_TRUE(imagefiles::writePng(path, width, height, pixels));
+    } else {
+        writeFile(path, imagefiles::bmpBytes(width, height, pixels, indices, palette));
+    }
     return pixels;
 }
 
@@ -63,7 +60,7 @@ std::vector<int> readTexture(int32_t name, std::vector<Rgb>& texels) {
     glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, GL_TEXTURE_HEIGHT, &height);
     const int row = (width * 3 + 3) / 4 * 4;
     std::vector<uint8_t> bgr(static_cast<std::size_t>(row * height));
-    glGetTexImage(GL_TEXTURE_2D, 0, GL_BGR, GL_UNSIGNED_BYTE, bgr.data());
+    glGetTexImage(GL_TEXTURE_2D, 0, GL_BGR_EXT, GL_UNSIGNED_BYTE, bgr.data());
     for (int y = height - 1; y >= 0; --y) {
         for (int x = 0; x < width; ++x) {
             const uint8_t* p = &bgr[static_cast<std::size_t>(row * y + 3 * x)];
@@ -185,9 +182,9 @@ TEST_F(Preview, ShowsThePlateCentredAndFollowsTheView) {
     // Panning along the model's z moves it up the screen.
     EXPECT_NEAR(base.top - draw(model, 0, 0, 0, 0.25f, 100).top, 29, 3);
     // Zoom 200 halves the distance: the plate doubles in size.
-    const Frame near = draw(model, 0, 0, 0, 0, 200);
-    EXPECT_NEAR(near.height(), 229, 3);
-    EXPECT_EQ(near.width(), kSize);  // clipped at the sides
+    const Frame zoomed = draw(model, 0, 0, 0, 0, 200);
+    EXPECT_NEAR(zoomed.height(), 229, 3);
+    EXPECT_EQ(zoomed.width(), kSize);  // clipped at the sides
     // A quarter turn of heading stands the plate upright on the screen.
     const Frame turned = draw(model, 90, 0, 0, 0, 100);
     EXPECT_NEAR(turned.width(), 115, 3);
@@ -198,15 +195,12 @@ TEST_F(Preview, ShowsThePlateCentredAndFollowsTheView) {
     EXPECT_NE(turned.at(128, 70)[1], turned.at(128, 186)[1]);
     const std::string png = testOutputFolder() + "/preview-plate.png";
     savePreviewSurfacePNG(surface_, png);
-    FIBITMAP* saved = FreeImage_Load(FIF_PNG, png.c_str(), 0);
-    ASSERT_NE(saved, nullptr);
-    std::vector<uint8_t> bgr(turned.rgb.size());
-    FreeImage_ConvertToRawBits(bgr.data(), saved, 3 * kSize, 24, FI_RGBA_RED_MASK,
-                               FI_RGBA_GREEN_MASK, FI_RGBA_BLUE_MASK, TRUE);  // rows from the top
-    FreeImage_Unload(saved);
-    for (std::size_t i = 0; i < bgr.size(); i += 3)
-        std::swap(bgr[i], bgr[i + 2]);
-    EXPECT_EQ(bgr, turned.rgb);
+    const imagefiles::Picture saved = imagefiles::readPicture(readFile(png));
+    ASSERT_EQ(saved.pixels.size() * 3, turned.rgb.size());
+    std::vector<uint8_t> rgb;
+    for (const Rgb& pixel : saved.pixels)
+        rgb.insert(rgb.end(), pixel.begin(), pixel.end());
+    EXPECT_EQ(rgb, turned.rgb);
 
     // A zoom or a height of 0 raises error 11 and leaves the last frame as it was.
     EXPECT_TRUE(throwsPlatform([&] { draw(model, 0, 0, 0, 0, 0); }, 11));
@@ -219,15 +213,13 @@ TEST_F(Preview, ImagesLoadBottomUpAsBGRWithTheirRowPadding) {
     // an 8-bit image resolves its palette, its size taken from the bitmap header.
     struct Case {
         const char* name;
-        FREE_IMAGE_FORMAT format;
         int width, height, bits;
     };
-    for (const Case& c :
-         {Case{"even.bmp", FIF_BMP, 8, 6, 24}, Case{"odd.bmp", FIF_BMP, 5, 3, 24},
-          Case{"odd.png", FIF_PNG, 7, 5, 24}, Case{"palette.bmp", FIF_BMP, 13, 7, 8}}) {
+    for (const Case& c : {Case{"even.bmp", 8, 6, 24}, Case{"odd.bmp", 5, 3, 24},
+                          Case{"odd.png", 7, 5, 24}, Case{"palette.bmp", 13, 7, 8}}) {
         SCOPED_TRACE(c.name);
         const std::string path = dir_.file(c.name);
-        const std::vector<Rgb> expected = writeImage(path, c.format, c.width, c.height, c.bits);
+        const std::vector<Rgb> expected = writeImage(path, c.width, c.height, c.bits);
         std::vector<Rgb> texels;
         EXPECT_EQ(readTexture(preview_->loadTexture(path), texels),
                   (std::vector<int>{c.width, c.height}));

@@ -3,10 +3,11 @@
 #include <cstdint>
 #include <vector>
 
-// The window-system layer of the preview, on EGL: offscreen surfaces named by small integer
-// handles, the choice of a configuration, contexts and the copy of a finished frame.
-// Each step stands where a window's device context, pixel format and rendering context would.
-namespace velmora::egl {
+// The window-system layer of the preview: offscreen surfaces named by small integer handles, the
+// choice of a pixel format, contexts and the copy of a finished frame. Each step stands where a
+// window's device context, pixel format and rendering context would. On Linux it is EGL (egl/),
+// on Windows WGL (wgl/), where a real device context's handle works as well.
+namespace velmora::windowing {
 
 // Registers a surface of that size; its drawing buffer is made when a configuration is set.
 // Error 5 for a size that isn't positive.
@@ -30,6 +31,11 @@ bool makeCurrent(int32_t surface, int32_t context);
 // Unknown surfaces and a missing context are passed over.
 void swapBuffers(int32_t surface);
 
+// Copies the current context's frame of `width` × `height` pixels into a store of
+// `storeWidth` × `storeHeight` RGB pixels, rows from top to bottom (for swapBuffers).
+void readFrame(std::vector<uint8_t>& store, int32_t storeWidth, int32_t storeHeight,
+               int32_t width, int32_t height);
+
 struct SurfacePixels {
     int32_t width = 0;
     int32_t height = 0;
@@ -39,4 +45,4 @@ struct SurfacePixels {
 // The surface's last frame; error 5 for an unknown handle.
 SurfacePixels surfacePixels(int32_t surface);
 
-}  // namespace velmora::egl
+}  // namespace velmora::windowing

@@ -1,4 +1,4 @@
-#include "preview/EglSurface.h"
+#include "preview/WindowSurface.h"
 
 #include "foundation/Errors.h"
 
@@ -12,7 +12,7 @@
 #include <mutex>
 #include <string_view>
 
-namespace velmora::egl {
+namespace velmora::windowing {
 
 namespace {
 
@@ -252,19 +252,7 @@ void swapBuffers(int32_t handle) {
     const int32_t height = std::min(surface->height, drawHeight);
     if (width <= 0 || height <= 0) return;
 
-    std::vector<uint8_t> bottomUp(static_cast<std::size_t>(width) * height * 3);
-    glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glReadPixels(0, 0, width, height, GL_RGB, GL_UNSIGNED_BYTE, bottomUp.data());
-    glPixelStorei(GL_PACK_ALIGNMENT, 4);
-
-    const std::size_t rowBytes = static_cast<std::size_t>(width) * 3;
-    const std::size_t storeRow = static_cast<std::size_t>(surface->width) * 3;
-    for (int32_t y = 0; y < height; ++y) {
-        const uint8_t* from = bottomUp.data() + static_cast<std::size_t>(y) * rowBytes;
-        uint8_t* to =
-            surface->rgb.data() + static_cast<std::size_t>(surface->height - 1 - y) * storeRow;
-        std::memcpy(to, from, rowBytes);
-    }
+    readFrame(surface->rgb, surface->width, surface->height, width, height);
 }
 
 SurfacePixels surfacePixels(int32_t handle) {
@@ -274,4 +262,4 @@ SurfacePixels surfacePixels(int32_t handle) {
     return SurfacePixels{surface->width, surface->height, &surface->rgb};
 }
 
-}  // namespace velmora::egl
+}  // namespace velmora::windowing

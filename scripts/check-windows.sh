@@ -1,0 +1,83 @@
+#!/usr/bin/env bash
+# Checks the Windows tool from its zip as a user would have it: unpacked in a folder whose name
+# holds a space and an accent, in a fresh Wine prefix, on models with such names. Its text and
+# files must be those of the Linux tool; its picture must show the model; its glTF must pass the
+# Khronos validator.
+#   check-windows.sh ZIP LINUX_TOOL
+set -euo pipefail
+
+if [ -z "${DISPLAY:-}" ]; then
+    exec xvfb-run -a -s "-screen 0 1280x1024x24" "$0" "$@"
+fi
+
+zip="$(realpath "$1")"
+linux="$(realpath "$2")"
+root="$(cd "$(dirname "$0")/.." && pwd)"
+work="$root/build/windows/check"
+place="$work/Scènes été"
+
+rm -rf "$work"
+mkdir -p "$place"
+(cd "$place" && cmake -E tar xf "$zip")
+exe="$(ls "$place"/velmora-*/bin/velmora.exe)"
+export WINEPREFIX="$work/wine" WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
+wine cmd /c exit >/dev/null 2>&1  # makes the fresh prefix
+
+cd "$place"
+cp "$root/samples/building.mdl" "façade 1.mdl"
+cp "$root/samples/lightpad.mdl" "pad été.mdl"
+cp "$root/samples/scenery.bgl" "scène.bgl"
+mkdir -p textures && cp "$root/samples/textures/"* textures/
+
+failures=0
+fail() {
+    echo "FAILED: $*" >&2
+    failures=$((failures + 1))
+}
+
+# Runs both tools with the same words; "{}" in them becomes linux or windows.
+both() {
+    "$linux" "${@//\{\}/linux}" >linux.out 2>linux.err || echo "exit $?" >>linux.out
+    wine "$exe" "${@//\{\}/windows}" >windows.out 2>windows.err || echo "exit $?" >>windows.out
+}
+
+same_output() {
+    both "$@"
+    cmp -s linux.out windows.out || fail "velmora $*: the output differs" \
+        "$(diff linux.out windows.out | head -5)"
+}
+
+same_files() {
+    local what="$1"
+    shift
+    both "$@"
+    cmp -s "linux$what" "windows$what" || fail "velmora $*: linux$what and windows$what differ"
+}
+
+same_output info "façade 1.mdl"
+same_output info --json "pad été.mdl"
+same_output commands "façade 1.mdl"
+same_output scan "scène.bgl"
+same_files .mdl edit --add-kill-shadow --condition "between 798 3 5" --force "pad été.mdl" -o "{}.mdl"
+same_files .asm export-asm "façade 1.mdl" -o "{}.asm"
+same_files .flt export-flt "façade 1.mdl" -o "{}.flt"
+
+# The picture: the model covers between 3 % and 90 % of the frame.
+wine "$exe" render "façade 1.mdl" --textures textures --background ff00ff -o picture.png ||
+    fail "velmora render exited with $?"
+coverage=$(python3 "$root/scripts/png-coverage.py" picture.png ff00ff)
+echo "render: the model covers ${coverage} % of the frame"
+python3 -c "import sys; sys.exit(0 if 3 <= float('$coverage') <= 90 else 1)" ||
+    fail "render: the model covers ${coverage} % of the frame"
+
+wine "$exe" export-gltf "façade 1.mdl" --textures textures -o façade.glb ||
+    fail "velmora export-gltf exited with $?"
+report=$(cd "$root/tests/gltf" && node validate.mjs "$place/façade.glb")
+echo "export-gltf: $report"
+echo "$report" | grep -q '"errors":0,"warnings":0,' || fail "export-gltf: the validator objects"
+
+if [ "$failures" -ne 0 ]; then
+    echo "$failures check(s) of the Windows tool failed" >&2
+    exit 1
+fi
+echo "The Windows tool from the zip does what the Linux tool does"
