@@ -3,7 +3,7 @@
 MAKEFLAGS += --no-print-directory
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: demo test package setup clean
+.PHONY: demo test package windows setup clean
 
 setup:
 	@./scripts/setup.sh
@@ -27,6 +27,11 @@ package: setup
 	@cmake --build build/release -j $(JOBS) --target velmora velmora_cli
 	@cd build/release && rm -f velmora_*.deb && cpack -G DEB >/dev/null
 	@ls build/release/velmora_*.deb
+
+# The Windows build, cross-compiled here with MinGW-w64: tests under Wine, then
+# build/windows/velmora-<version>-windows-x86_64.zip, checked from the unpacked zip.
+windows:
+	@JOBS=$(JOBS) ./scripts/windows.sh
 
 clean:
 	rm -rf build
