@@ -22,6 +22,7 @@ mkdir -p "$place"
 exe="$(ls "$place"/velmora-*/bin/velmora.exe)"
 export WINEPREFIX="$work/wine" WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
 wine cmd /c exit >/dev/null 2>&1  # makes the fresh prefix
+trap 'wineserver -k 2>/dev/null || true' EXIT
 
 cd "$place"
 cp "$root/samples/building.mdl" "façade 1.mdl"
@@ -75,6 +76,16 @@ wine "$exe" export-gltf "façade 1.mdl" --textures textures -o façade.glb ||
 report=$(cd "$root/tests/gltf" && node validate.mjs "$place/façade.glb")
 echo "export-gltf: $report"
 echo "$report" | grep -q '"errors":0,"warnings":0,' || fail "export-gltf: the validator objects"
+
+# Another project built on the library from the zip's CMake package, with the same compiler.
+package="$(dirname "$(dirname "$exe")")"
+cmake -S "$root/tests/consumer" -B "$work/consumer" -DCMAKE_BUILD_TYPE=Release \
+    -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw-w64-x86_64.cmake" -DCMAKE_PREFIX_PATH="$package" \
+    >"$work/consumer.log" && cmake --build "$work/consumer" >>"$work/consumer.log" ||
+    fail "a program can't be built on the zip's CMake package (see $work/consumer.log)"
+counted=$(wine "$work/consumer/count_model.exe" "$root/samples/building.mdl" | tr -d '\r')
+echo "$counted" | grep -q "^commands [1-9]" || fail "the program built on the zip reads no model"
+echo "a program built on the zip's library: $(echo "$counted" | tr '\n' ' ')"
 
 if [ "$failures" -ne 0 ]; then
     echo "$failures check(s) of the Windows tool failed" >&2
