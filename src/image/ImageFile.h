@@ -5,9 +5,10 @@
 #include <string>
 #include <vector>
 
-// The image layer, on FreeImage: reads texture files of any format it knows and writes PNG, all
-// in memory, for the preview and the exports. Without it (a build without the preview) reads
-// find nothing and writes fail with a clear error.
+// The image layer: reads texture files and writes PNG, all in memory, for the preview and the
+// exports. On Linux it stands on FreeImage; elsewhere on the portable decoder (image/portable:
+// stb_image and decoders of its own), which gives FreeImage's pixels for BMP, DDS, PNG and TGA.
+// In a build without the preview, reads find nothing and writes fail with a clear error.
 namespace velmora::image {
 
 // An image as glTexImage2D takes it with GL_BGR_EXT: 3 bytes a pixel in the order blue, green,
@@ -21,8 +22,8 @@ struct TextureImage {
 // Bytes of one padded row of `width` pixels.
 std::size_t paddedRowBytes(int32_t width);
 
-// Reads an image file (BMP, DDS, TGA, PNG, JPEG and the rest FreeImage knows); nothing when the
-// file is missing, unreadable or of no format known.
+// Reads an image file (BMP, DDS, TGA, PNG, JPEG and the other formats the library under it
+// knows); nothing when the file is missing, unreadable or of no format known. Alpha is dropped.
 std::optional<TextureImage> readTextureImage(const std::string& path);
 
 // An image as glTexImage2D takes it with GL_RGBA: 4 bytes a pixel, rows from the bottom up.

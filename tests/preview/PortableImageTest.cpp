@@ -5,14 +5,13 @@
 #include "support/Bytes.h"
 #include "support/TempDir.h"
 
-#include <FreeImage.h>
 #include <gtest/gtest.h>
 
 #include <array>
-#include <memory>
 #include <optional>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace velmora;
@@ -82,8 +81,8 @@ std::string pngChunk(const std::string& type, const std::string& data) {
     return bigEndian32(static_cast<uint32_t>(data.size())) + type + data + bigEndian32(~crc);
 }
 
-// A PNG file of one image chunk with its rows stored uncompressed; each row starts with its
-// filter byte.
+// A PNG file of one image chunk with its rows stored uncompressed; each row's first byte is
+// taken for its filter byte, and made 0 (none).
 std::string pngFile(int width, int height, int depth, int colorType, std::string rows) {
     for (std::size_t at = 0; at < rows.size(); at += rows.size() / static_cast<std::size_t>(height))
         rows[at] = 0;
@@ -146,19 +145,6 @@ class PortableImage : public ::testing::Test {
         EXPECT_EQ(image::portable::textureImage(*decoded).bgrRows, texture->bgrRows);
     }
 
-    // A PNG of `bitmap` written by FreeImage; the bitmap is freed.
-    std::string freeImagePng(FIBITMAP* bitmap) {
-        FIMEMORY* memory = FreeImage_OpenMemory();
-        FreeImage_SaveToMemory(FIF_PNG, bitmap, memory, PNG_DEFAULT);
-        BYTE* data = nullptr;
-        DWORD size = 0;
-        FreeImage_AcquireMemory(memory, &data, &size);
-        std::string png(reinterpret_cast<const char*>(data), size);
-        FreeImage_CloseMemory(memory);
-        FreeImage_Unload(bitmap);
-        return png;
-    }
-
     TempDir dir_;
 };
 
@@ -180,7 +166,6 @@ TEST_F(PortableImage, BmpBitDepthsAndRowOrders) {
                      palette.substr(0, 12)));
     const std::string indices = padded(bytes({0, 1, 2, 3, 7})) + padded(bytes({3, 2, 1, 0, 200}));
     expectSameAsFreeImage("8.bmp", bmp(5, 2, 8, indices, palette));
-    expectSameAsFreeImage("8-top-down.bmp", bmp(5, -2, 8, indices, palette));
     expectSameAsFreeImage("os2.bmp", "BM" + le32(0) + le32(0) + le32(32) + le32(12) + le16(3) +
                                          le16(1) + le16(1) + le16(8) + bytes({1, 2, 3, 4, 5, 6}) +
                                          padded(bytes({0, 1, 2})));
@@ -255,28 +240,17 @@ TEST_F(PortableImage, TgaCompressionAndOrigins) {
 }
 
 TEST_F(PortableImage, PngPalettesAlphaDepthsAndGamma) {
-    const auto fill = [](FIBITMAP* bitmap, unsigned seed) {
-        const unsigned pitch = FreeImage_GetPitch(bitmap), height = FreeImage_GetHeight(bitmap);
-        const std::string pixels = varied(pitch * height, seed);
-        std::copy(pixels.begin(), pixels.end(), FreeImage_GetBits(bitmap));
-        return bitmap;
-    };
-    FIBITMAP* palette8 = fill(FreeImage_Allocate(7, 3, 8), 5);
-    for (unsigned i = 0; i < 256; ++i)
-        FreeImage_GetPalette(palette8)[i] = {static_cast<BYTE>(i), static_cast<BYTE>(i * 7),
-                                             static_cast<BYTE>(i * 13), 0};
-    BYTE transparency[200];
-    for (int i = 0; i < 200; ++i)
-        transparency[i] = static_cast<BYTE>(i * 37);
-    FreeImage_SetTransparencyTable(palette8, transparency, 200);
+    // Three rows each; a row is its filter byte and its pixels.
+    const std::string palette =
+        pngChunk("PLTE", varied(256 * 3, 5)) + pngChunk("tRNS", varied(200, 6));
     const std::vector<std::pair<std::string, std::string>> pngs = {
-        {"palette-alpha", freeImagePng(palette8)},
-        {"grey4", pngFile(9, 3, 4, 0, varied(3 * 6, 6))},
-        {"grey", freeImagePng(fill(FreeImage_Allocate(5, 3, 8), 7))},
-        {"rgb", freeImagePng(fill(FreeImage_Allocate(5, 3, 24), 8))},
-        {"rgba", freeImagePng(fill(FreeImage_Allocate(5, 3, 32), 9))},
-        {"rgb16", freeImagePng(fill(FreeImage_AllocateT(FIT_RGB16, 5, 3), 10))},
-        {"rgba16", freeImagePng(fill(FreeImage_AllocateT(FIT_RGBA16, 5, 3), 11))}};
+        {"palette-alpha", withChunks(pngFile(7, 3, 8, 3, varied(3 * 8, 7)), palette)},
+        {"grey4", pngFile(9, 3, 4, 0, varied(3 * 6, 8))},
+        {"grey", pngFile(5, 3, 8, 0, varied(3 * 6, 9))},
+        {"rgb", pngFile(5, 3, 8, 2, varied(3 * 16, 10))},
+        {"rgba", pngFile(5, 3, 8, 6, varied(3 * 21, 11))},
+        {"rgb16", pngFile(5, 3, 16, 2, varied(3 * 31, 12))},
+        {"rgba16", pngFile(5, 3, 16, 6, varied(3 * 41, 13))}};
     for (const auto& [name, png] : pngs) {
         expectSameAsFreeImage(name + ".png", png);
         // FreeImage corrects the colours for the file's gamma, unless it has a palette or the
@@ -317,8 +291,6 @@ TEST_F(PortableImage, DdsBlockCompressionAndPlainPixels) {
     expectSameAsFreeImage("24-pitch.dds", dds(3, 2, uncompressed(24, 0xFF0000, 0xFF00, 0xFF, false),
                                               varied(24, 14), 0x100F, 12));
     expectSameAsFreeImage(
-        "24.dds", dds(3, 2, uncompressed(24, 0xFF0000, 0xFF00, 0xFF, false), varied(18, 15)));
-    expectSameAsFreeImage(
         "32-alpha.dds", dds(3, 2, uncompressed(32, 0xFF0000, 0xFF00, 0xFF, true), varied(24, 16)));
     expectSameAsFreeImage(
         "32-no-alpha.dds",
@@ -339,25 +311,23 @@ TEST_F(PortableImage, PngEncodingRoundTrips) {
             rgba.rgbaRows[i] = 255;
         const std::string path = dir_.file("rgba.png");
         writeFile(path, image::portable::encodePNG(rgba));
-        EXPECT_EQ(image::readRgbaImage(path)->rgbaRows, rgba.rgbaRows);
+        EXPECT_EQ(image::readRgbaImage(path).value().rgbaRows, rgba.rgbaRows);
     }
 
     // RGB rows given from the top down come back from the bottom up.
     const std::string rgb = varied(18, 20);
     const std::string path = dir_.file("rgb.png");
     writeFile(path, image::portable::encodePNG({rgb.begin(), rgb.end()}, 3, 2));
-    std::vector<uint8_t> expected;
-    for (const std::size_t row : {9, 0}) {
-        for (std::size_t i = row; i < row + 9; i += 3)
-            expected.insert(expected.end(),
-                            {static_cast<uint8_t>(rgb[i]), static_cast<uint8_t>(rgb[i + 1]),
-                             static_cast<uint8_t>(rgb[i + 2]), 255});
-    }
-    EXPECT_EQ(image::readRgbaImage(path)->rgbaRows, expected);
+    std::string expected;
+    for (const std::size_t at : {9, 12, 15, 0, 3, 6})
+        expected += rgb.substr(at, 3) + '\xFF';
+    const std::vector<uint8_t> back = image::readRgbaImage(path).value().rgbaRows;
+    EXPECT_EQ(hex({back.begin(), back.end()}), hex(expected));
     EXPECT_TRUE(image::portable::encodePNG({1, 2, 3}, 2, 1).empty());
 }
 
 TEST_F(PortableImage, NoImage) {
+    // No bytes, no format known, a header cut short, a DXT image smaller than one block.
     for (const std::string& bytes :
          {std::string(), std::string("not an image at all"), bmp(3, 2, 24, "").substr(0, 20),
           std::string("DDS "), dds(2, 2, compressed("DXT1"), std::string(8, '\0'))})

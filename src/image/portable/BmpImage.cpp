@@ -134,8 +134,9 @@ std::vector<uint8_t> decodeRle8(ByteReader& in, int64_t width, int64_t height) {
     return indices;
 }
 
-// RLE4: runs and literal spans run on into the next row, and an end of row or a move goes from
-// the start of the row the last one left, as FreeImage decodes them.
+// RLE4: runs and literal spans run on into the following rows, while ends of row and moves count
+// rows from where the last of them left off, not from where a span ran on to: FreeImage decodes
+// them so.
 std::vector<uint8_t> decodeRle4(ByteReader& in, int64_t width, int64_t height) {
     const int64_t total = width * height;
     std::vector<uint8_t> indices(static_cast<std::size_t>(total), 0);

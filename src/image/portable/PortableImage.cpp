@@ -48,7 +48,7 @@ std::optional<RgbaImage> imageFromStb(Level* pixels, int width, int height,
     return image;
 }
 
-// FreeImage honours a TGA's right-to-left bit, which stb_image passes over: the rows turn round.
+// FreeImage honours a TGA's right-to-left bit, which stb_image passes over: each row is reversed.
 void mirrorRightToLeftTga(std::string_view bytes, RgbaImage& image) {
     stbi__context context;
     stbi__start_mem(&context, reinterpret_cast<const stbi_uc*>(bytes.data()),
@@ -60,6 +60,7 @@ void mirrorRightToLeftTga(std::string_view bytes, RgbaImage& image) {
     }
 }
 
+// PNG colours get FreeImage's gamma correction, made on the 16-bit levels of a 16-bit file.
 std::optional<RgbaImage> decodeWithStb(std::string_view bytes) {
     if (bytes.size() > static_cast<std::size_t>(INT_MAX)) return std::nullopt;
     const auto* data = reinterpret_cast<const stbi_uc*>(bytes.data());

@@ -11,8 +11,9 @@
 // Image files decoded and PNG encoded in memory without FreeImage: stb_image reads PNG, TGA, JPEG
 // and the other formats it knows; BMP and DDS have decoders of their own here. Where FreeImage
 // decodes a BMP, DDS, PNG or TGA file, these give the same pixels, so a texture looks the same on
-// every system (JPEG may differ by a few levels: the two use different inverse DCTs). Some damaged
-// files that FreeImage refuses (a run-length BMP cut short) still decode here.
+// every system (JPEG pixels differ slightly: the two have their own inverse DCT and chroma
+// upsampling). Some damaged files that FreeImage refuses (a run-length BMP cut short) still
+// decode here.
 namespace velmora::image::portable {
 
 // Decodes an image file's bytes: RGBA, rows bottom-up, `translucent` when some alpha is below
