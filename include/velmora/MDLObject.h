@@ -63,6 +63,9 @@ class MDLObject {
     std::shared_ptr<velmora::MDLHeader> MDLHeader() const { return header_; }
 
     std::string getISFT() const;
+    // The ISFT text up to its terminating zero (the whole section when it holds none), in the
+    // file's Windows-1252 bytes.
+    std::string isftText() const;
     void setISFT(const std::string& data);
     // Index of a tag (exact, case-sensitive), or -1.
     int16_t getRIFFSectionIndex(const std::string& t) const;

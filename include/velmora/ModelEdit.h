@@ -58,6 +58,8 @@ struct EditRequest {
     bool addKillShadow = false;
     bool removeKillShadow = false;
     bool fixLights = false;
+    // Turns every reversed triangle (see FrontFace.h) round by swapping its last two corners.
+    bool fixWinding = false;
     bool cleanDict = false;
     std::optional<std::string> isft;
 
@@ -70,6 +72,11 @@ struct EditRequest {
     bool changesConditions() const;
     bool empty() const;
 };
+
+// Turns each reversed triangle of the model round in place, swapping the last two corners of its
+// DRAW_TRI_LIST_ITEM, so its front faces the way of its vertex normals; the file keeps its size.
+// The positions of the items turned.
+std::vector<int32_t> fixWinding(MDLObject& model);
 
 // "between VAR MIN MAX" or "mask VAR VALUE", with whole numbers from -32768 to 32767; anything
 // else is error 5, its detail saying what is wrong.

@@ -76,7 +76,7 @@ bool EditRequest::changesConditions() const {
 
 bool EditRequest::empty() const {
     return !changesConditions() && seasons.empty() && !addKillShadow && !removeKillShadow &&
-           !fixLights && !cleanDict && !isft && !measureAllTextureSizes &&
+           !fixLights && !fixWinding && !cleanDict && !isft && !measureAllTextureSizes &&
            measureTextureSizes.empty() && textureSizes.empty();
 }
 

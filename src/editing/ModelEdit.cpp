@@ -84,6 +84,7 @@ void applyEdits(MDLObject& model, const EditRequest& request, EditSteps& steps) 
         editing::editSeasons(model, seasons, request.force, steps);
     editing::editShadow(model, request, steps);
     if (request.fixLights) editing::editLights(model, steps);
+    if (request.fixWinding) editing::editWinding(model, steps);
     if (request.cleanDict) {
         model.cleanDICT();
         steps.steps.push_back(holdingStep(model, dictionaryOf, "DICT emptied",

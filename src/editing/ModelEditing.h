@@ -32,6 +32,7 @@ void editConditions(MDLObject& model, const EditRequest& request, EditSteps& ste
 void editSeasons(MDLObject& model, const SeasonsEdit& seasons, bool force, EditSteps& steps);
 void editShadow(MDLObject& model, const EditRequest& request, EditSteps& steps);
 void editLights(MDLObject& model, EditSteps& steps);
+void editWinding(MDLObject& model, EditSteps& steps);
 void editTextureSizes(MDLObject& model, const EditRequest& request, EditSteps& steps);
 
 // The 1-based position of a texture named (without regard to case) or numbered from 0; 0 when

@@ -63,6 +63,11 @@ std::string MDLObject::getISFT() const {
     return sectionTable_[sections::ISFT].data;
 }
 
+std::string MDLObject::isftText() const {
+    const std::string& data = sectionTable_[sections::ISFT].data;
+    return data.substr(0, data.find('\0'));
+}
+
 void MDLObject::setISFT(const std::string& data) {
     RIFFSection& isft = sectionTable_[sections::ISFT];
     isft.data = data;

@@ -59,10 +59,10 @@ esac
 out="$("$work/count_model" "$model")"
 echo "$out"
 expected="velmora $version
-vertices 24
+vertices 30
 materials 2
 textures 3
-commands 23"
+commands 26"
 if [ "$out" != "$expected" ]; then
     echo "count_model built by $way printed the wrong counts; expected:" >&2
     echo "$expected" >&2

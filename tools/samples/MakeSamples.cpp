@@ -139,6 +139,12 @@ std::shared_ptr<MDLObject> building() {
     addVertex(*model, -w, h, d, 0, 0.75f, 0.66f, 4, 0);
     addVertex(*model, -w, ridge, 0, 0, 0.75f, 0.66f, 4, 2);
     addVertex(*model, w, ridge, 0, 0, 0.75f, 0.66f, 0, 2);
+    // Gable ends: a triangle under each end of the roof, in the walls' material.
+    for (const float side : {-1.0f, 1.0f}) {
+        addVertex(*model, side * w, h, -side * d, side, 0, 0, 0, 1.5f);
+        addVertex(*model, side * w, h, side * d, side, 0, 0, 4, 1.5f);
+        addVertex(*model, side * w, ridge, 0, side, 0, 0, 2, 2.25f);
+    }
     setBox(*model);
 
     addMaterial(*model, 1, 1, 1);
@@ -151,6 +157,9 @@ std::shared_ptr<MDLObject> building() {
     startBody(commands);
     commands.Add(command(SET_MATERIAL, {"0", "0"}));
     addQuadList(commands, 0, 4);
+    commands.Add(command(DRAW_TRI_LIST_BEGIN, {"24", "6", "6"}));
+    commands.Add(command(DRAW_TRI_LIST_ITEM, {"0", "1", "2"}));
+    commands.Add(command(DRAW_TRI_LIST_ITEM, {"3", "4", "5"}));
     commands.Add(command(SET_MATERIAL, {"1", "2"}));
     addQuadList(commands, 16, 2);
     commands.Add(command(BGL_RETURN));
@@ -191,9 +200,9 @@ std::shared_ptr<MDLObject> litPad() {
     auto model = emptyModel();
     const float s = 20;
     addVertex(*model, -s, 0, -s, 0, 1, 0, 0, 0);
-    addVertex(*model, -s, 0, s, 0, 1, 0, 0, 1);
-    addVertex(*model, s, 0, s, 0, 1, 0, 1, 1);
     addVertex(*model, s, 0, -s, 0, 1, 0, 1, 0);
+    addVertex(*model, s, 0, s, 0, 1, 0, 1, 1);
+    addVertex(*model, -s, 0, s, 0, 1, 0, 0, 1);
     setBox(*model);
     model->BoundingBox()->ymax(2);
     addMaterial(*model, 0.35f, 0.35f, 0.38f);

@@ -89,6 +89,8 @@ void addEditOptions(CLI::App& command, EditOptions& o) {
                      "Remove the model's shadow section");
     command.add_flag("--fix-lights", r.fixLights,
                      "Free lights of the tests and overrides in front of them");
+    command.add_flag("--fix-winding", r.fixWinding,
+                     "Turn round the triangles whose front faces against their normals");
     command.add_flag("--clean-dict", r.cleanDict, "Empty the DICT section");
     command.add_option("--set-isft", r.isft, "Set the ISFT text");
     addRepeatable(command, "--condition", o.conditions,

@@ -1,5 +1,7 @@
 #include "ModelReport.h"
 
+#include <velmora/FrontFace.h>
+
 #include <iomanip>
 #include <iostream>
 #include <sstream>
@@ -131,7 +133,7 @@ json modelReport(const std::string& path, const velmora::MDLObject& model) {
                 {{"tag", model.getRIFFSectionTag(i)}, {"size", model.getRIFFSectionSize(i)}});
         }
     }
-    putModelText(out, "isft", model.getISFT());
+    putModelText(out, "isft", model.isftText());
     out["header"] = json::array();
     for (int16_t i = 0; i < 9; ++i)
         out["header"].push_back(model.MDLHeader()->param(i));
@@ -159,6 +161,7 @@ json modelReport(const std::string& path, const velmora::MDLObject& model) {
     out["lights"] = lightsReport(analysis);
     out["sizeTests"] = sizeTestsReport(analysis);
     out["killShadow"] = velmora::shadowKindOf(model) == velmora::ShadowKind::KillShadow;
+    out["reversedTriangles"] = velmora::reversedTriangles(model);
     return out;
 }
 
@@ -339,6 +342,25 @@ void printSizeTests(std::ostream& out, const json& tests) {
     }
 }
 
+// The count, the first few positions, and the fix.
+void printReversed(std::ostream& out, const json& positions) {
+    if (positions.empty()) {
+        line(out, "Reversed", "no triangles");
+        return;
+    }
+    constexpr std::size_t kShown = 8;
+    std::string list;
+    for (std::size_t i = 0; i < positions.size() && i < kShown; ++i)
+        list += (i == 0 ? "" : ", ") + std::to_string(positions[i].get<int>());
+    if (positions.size() > kShown) list += ", ...";
+    const bool one = positions.size() == 1;
+    line(out, "Reversed",
+         grouped(static_cast<int64_t>(positions.size())) +
+             (one ? " triangle (command " : " triangles (commands ") + list +
+             (one ? ") faces" : ") face") +
+             " against its normals; velmora edit --fix-winding turns them round");
+}
+
 }  // namespace
 
 void printReport(const json& report, std::ostream& out) {
@@ -349,6 +371,7 @@ void printReport(const json& report, std::ostream& out) {
     printLights(out, report["lights"]);
     printSizeTests(out, report["sizeTests"]);
     line(out, "Kill shadow", report["killShadow"].get<bool>() ? "yes" : "no");
+    printReversed(out, report["reversedTriangles"]);
 }
 
 }  // namespace tool

@@ -55,7 +55,7 @@ void scanFile(const std::string& file, const ScanOptions& o, const RenderSetting
                    {"commands", model->BGLCommandList()->Count()}};
         const std::string guid = velmora::guidText(model->sceneryGuid());
         entry["guid"] = guid.empty() ? json(nullptr) : json(guid);
-        putModelText(entry, "isft", model->getISFT());
+        putModelText(entry, "isft", model->isftText());
         const velmora::GuardAnalysis guard(*model->BGLCommandList());
         entry["guard"] = guard.guardedCall() == 0 ? json(nullptr) : json(guard.formula());
         if (!o.extract.empty()) {
