@@ -4,7 +4,11 @@
 #include <velmora/KeyedCollection.h>
 
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <memory>
+#include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -74,6 +78,15 @@ class GuardAnalysis {
     bool meansTheSameAs(const GuardAnalysis& other) const;
     // True when some values of the variables reach the call.
     bool canHold() const;
+
+    // Values that make the guard hold, changing as few variables as possible from what `current`
+    // gives each; the variables in `fixed` keep theirs. The variables changed with their new
+    // values (none when the guard holds as it is, or there is no guarded call); nothing when no
+    // values the guard's tests ask for make it hold. Tests of size, place or no known meaning
+    // count as holding.
+    std::optional<std::map<int32_t, int32_t>> valuesToHold(
+        const std::function<int32_t(int32_t variable)>& current,
+        const std::set<int32_t>& fixed = {}) const;
 
     // The formula that `conditions` stands for, in the terms this analysis uses.
     static std::string formulaOf(const ConditionList& conditions);

@@ -9,6 +9,8 @@
 
 namespace velmora {
 
+class GuardAnalysis;
+
 // The values of the scenery variables under which a model's command stream is followed as the
 // simulator would follow it (MDLObject::walk and glGenerateDrawList with a scenario,
 // MDLObject::glDrawView). A test on a range holds when the variable lies in it, a mask test when
@@ -57,5 +59,16 @@ class Scenario {
     std::optional<float> viewerHeading_;
     float windHeading_ = 0;
 };
+
+// A scenario under which a model's guarded call is reached, and the variables it changed.
+struct ScenarioToShow {
+    Scenario scenario;
+    std::map<int32_t, int32_t> changed;  // empty when the scenario given reaches the call
+};
+
+// `scenario` with values that make `guard` hold where it doesn't, changing as few variables as
+// possible and none that `scenario` sets itself (GuardAnalysis::valuesToHold); nothing when no
+// such values are found.
+std::optional<ScenarioToShow> scenarioToShow(const GuardAnalysis& guard, const Scenario& scenario);
 
 }  // namespace velmora

@@ -19,8 +19,9 @@ struct View {
     float zoom = 100;
     // The colour where the model isn't, 0 to 1.
     std::array<float, 3> background{0.62f, 0.73f, 0.85f};
-    // Files differ in winding, so both sides of a triangle are drawn unless this is set.
-    bool cullBackFaces = false;
+    // Only the front of a triangle is drawn (FrontFace.h), as the simulator draws it; unset, both
+    // sides are, for models whose triangles face both ways.
+    bool cullBackFaces = true;
     // Texels of an alpha texture are kept where their alpha reaches one half and dropped below,
     // as the simulator does for billboards; with this set they are blended instead.
     bool blendAlpha = false;

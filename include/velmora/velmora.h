@@ -12,6 +12,7 @@
 #include <velmora/ConditionList.h>
 #include <velmora/DrawListSink.h>
 #include <velmora/Error.h>
+#include <velmora/FrontFace.h>
 #include <velmora/GLTFExport.h>
 #include <velmora/GeometryCollector.h>
 #include <velmora/GeometrySink.h>

@@ -6,6 +6,7 @@
 
 #include "analysis/AtomValues.h"
 #include "analysis/ConditionReading.h"
+#include "analysis/GuardFunction.h"
 #include "analysis/StreamTests.h"
 #include "analysis/TruthTable.h"
 #include "bgl/CommandSlots.h"
@@ -109,11 +110,6 @@ std::string commandNamed(int32_t position, BGLOpcode opcode) {
 
 }  // namespace
 
-struct GuardAnalysis::Function {
-    TruthTable table;
-    std::vector<analysis::AtomMeaning> meanings;  // an atom each
-};
-
 // The tests of the stretch as atoms of the formula: equal tests share one.
 struct GuardAnalysis::Atoms {
     std::vector<std::string> names;
@@ -166,6 +162,7 @@ GuardAnalysis::Atoms GuardAnalysis::readStretch(const KeyedCollection<BGLCommand
                 atoms.names.push_back(reading.text);
                 atoms.terms.push_back({reading.text, reading.negated});
                 function_->meanings.push_back(analysis::meaningOf(reading));
+                function_->readings.push_back(reading);
                 found = std::prev(atoms.names.end());
             }
             atoms.atAt[p] = static_cast<std::size_t>(found - atoms.names.begin());
@@ -257,8 +254,7 @@ bool GuardAnalysis::meansTheSameAs(const GuardAnalysis& other) const {
 }
 
 bool GuardAnalysis::canHold() const {
-    return !workedOut_ ||
-           analysis::someValuesMakeItHold(function_->table, function_->meanings);
+    return !workedOut_ || analysis::someValuesMakeItHold(function_->table, function_->meanings);
 }
 
 std::string GuardAnalysis::termOf(const BGLCommand& test) {

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+
 using namespace velmora;
 using namespace bgltest;
 
@@ -166,4 +168,51 @@ TEST(StreamAnalysis, FindsSeasonalRunsSizeBranchesLightsAndTheShadow) {
     EXPECT_EQ(shadowKindOf(model), ShadowKind::None);
     model.addKillShadow();
     EXPECT_EQ(shadowKindOf(model), ShadowKind::KillShadow);
+}
+
+TEST(GuardAnalysis, ValuesToShowAModelChangeAsFewVariablesAsTheGuardNeeds) {
+    // 790 in 0..1 and (250 & 1), then a guard of one IFIN2 on 1285 and 798.
+    StreamAssembler masked;
+    masked.add(IFIN1, {jw(3), w(790), w(0), w(1)});  // 0
+    masked.add(IFMSK, {jw(3), w(250), w(1)});        // 1
+    masked.add(BGL_CALL_32, {jl(4)});                // 2
+    masked.add(BGL_END);                             // 3
+    masked.add(BGL_RETURN);                          // 4
+    StreamAssembler pair;
+    pair.add(IFIN2, {jw(2), w(1285), w(7), w(9), w(798), w(0), w(5)});  // 0
+    pair.add(BGL_CALL_32, {jl(3)});                                     // 1
+    pair.add(BGL_END);                                                  // 2
+    pair.add(BGL_RETURN);                                               // 3
+    // Reached when 1 is 1, or when both 2 and 3 are: one variable is enough.
+    StreamAssembler either;
+    test(either, 1, 2);                // 0
+    either.add(BGL_JUMP_32, {jl(4)});  // 1
+    test(either, 2, 5);                // 2
+    test(either, 3, 5);                // 3
+    either.add(BGL_CALL_32, {jl(6)});  // 4
+    either.add(BGL_END);               // 5
+    either.add(BGL_RETURN);            // 6
+    const auto zero = [](int32_t) { return 0; };
+    MDLObject a, b, c;
+    const GuardAnalysis first(*load(a, masked).BGLCommandList());
+    const GuardAnalysis second(*load(b, pair).BGLCommandList());
+    const GuardAnalysis third(*load(c, either).BGLCommandList());
+    using Values = std::map<int32_t, int32_t>;
+    EXPECT_EQ(first.valuesToHold(zero), (Values{{250, 1}}));
+    EXPECT_EQ(first.valuesToHold([](int32_t v) { return v == 790 ? 5 : 0; }),
+              (Values{{250, 1}, {790, 0}}));
+    EXPECT_EQ(first.valuesToHold([](int32_t v) { return v == 250 ? 3 : 0; }), Values{})
+        << "it holds already";
+    EXPECT_EQ(first.valuesToHold(zero, {250}), std::nullopt) << "250 is the caller's to set";
+    EXPECT_EQ(second.valuesToHold(zero), (Values{{1285, 7}}));
+    EXPECT_EQ(third.valuesToHold(zero), (Values{{1, 1}}));
+    EXPECT_EQ(third.valuesToHold(zero, {1}), (Values{{2, 1}, {3, 1}}));
+
+    // Under the scenario's defaults and with what it sets kept.
+    const auto shown = scenarioToShow(first, Scenario().set(790, 1));
+    ASSERT_TRUE(shown);
+    EXPECT_EQ(shown->changed, (Values{{250, 1}}));
+    EXPECT_EQ(shown->scenario.value(790), 1);
+    EXPECT_EQ(shown->scenario.value(250), 1);
+    EXPECT_FALSE(scenarioToShow(first, Scenario().set(790, 3)));
 }

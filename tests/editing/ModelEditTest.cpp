@@ -241,3 +241,37 @@ TEST(ModelEdits, AFileWrittenIsReadBackAndSaysWhatItHolds) {
     EXPECT_TRUE(throwsError([&] { result.checkWritten(dir.file("other.mdl")); }, 100,
                             "Velmora.ModelEdit", "The model written does not read back as edited"));
 }
+
+TEST(WindingEdits, ReversedTrianglesAreFoundAndTurnedInPlace) {
+    // Vertices 0, 1, 2 face up as their normals do; 0, 2, 1 and 2, 1, 0 face down. A corner
+    // outside the vertex list is passed over.
+    StreamAssembler a;
+    a.add(BGL_CALL_32, {jl(2)});                     // 0
+    a.add(BGL_END);                                  // 1
+    a.add(SET_MATERIAL, {w(0), w(0)});               // 2
+    a.add(DRAW_TRI_LIST_BEGIN, {w(0), w(0), w(9)});  // 3
+    a.add(DRAW_TRI_LIST_ITEM, {w(0), w(1), w(2)});   // 4
+    a.add(DRAW_TRI_LIST_ITEM, {w(0), w(2), w(1)});   // 5: reversed
+    a.add(DRAW_TRI_LIST_ITEM, {w(0), w(2), w(7)});   // 6: no vertex 7
+    a.add(DRAW_TRI_LIST_BEGIN, {w(0), w(0), w(3)});  // 7
+    a.add(DRAW_TRI_LIST_ITEM, {w(2), w(1), w(0)});   // 8: reversed
+    a.add(BGL_RETURN);                               // 9
+    const auto model = modelOf(a, {"a.bmp"});
+    EXPECT_EQ(reversedTriangles(*model), (std::vector<int32_t>{6, 9}));
+
+    TempDir dir;
+    model->saveMDL(dir.file("before.mdl"));
+    EditRequest request;
+    request.fixWinding = true;
+    const EditResult result = editModel(*model, request);
+    EXPECT_EQ(result.said(),
+              std::vector<std::string>{"winding: 2 reversed triangles turned round"});
+    model->saveMDL(dir.file("after.mdl"));
+    EXPECT_EQ(result.checkWritten(dir.file("after.mdl")), result.said());
+    EXPECT_EQ(std::filesystem::file_size(dir.file("after.mdl")),
+              std::filesystem::file_size(dir.file("before.mdl")));
+    EXPECT_EQ(model->BGLCommandList()->Item(6)->param(1), "1");
+    EXPECT_EQ(model->BGLCommandList()->Item(6)->param(2), "2");
+    EXPECT_TRUE(reversedTriangles(*model).empty());
+    EXPECT_TRUE(fixWinding(*model).empty()) << "nothing left to turn";
+}

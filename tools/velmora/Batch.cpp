@@ -98,6 +98,8 @@ FileResult::Failure failureOf(const std::exception_ptr& error, const std::string
 }
 
 void sayWarnings(const std::string& command, const FileResult& result) {
+    for (const std::string& note : result.notes)
+        std::cerr << "velmora " << command << ": " << note << "\n";
     for (const std::string& warning : result.warnings)
         std::cerr << "velmora " << command << ": warning: " << warning << "\n";
 }

@@ -24,6 +24,7 @@ struct FileResult {
     std::string text;
     bool textToStandardError = false;   // the file's own output went to standard output
     std::vector<std::string> warnings;  // said on standard error, in the order of the files
+    std::vector<std::string> notes;     // the same, said as notes rather than warnings
     int64_t models = 0;
     int64_t bytes = 0;
     struct Failure {

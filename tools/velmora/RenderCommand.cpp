@@ -15,9 +15,11 @@ struct RenderCommandOptions {
     RenderOptions render;
 };
 
-// Draws one model into `out`; gives what was done, for people.
+// Draws one model into `out`; gives what was done, for people, and notes what the picture
+// shows beside the model's own look.
 std::string renderOne(const std::string& file, const RenderCommandOptions& o,
-                      const RenderSettings& settings, const Output& out) {
+                      const RenderSettings& settings, const Output& out,
+                      std::vector<std::string>& notes) {
     const auto model = loadModel(file);
     std::vector<float> headings;
     int columns = 1;
@@ -32,11 +34,22 @@ std::string renderOne(const std::string& file, const RenderCommandOptions& o,
     } catch (const velmora::Error& e) {
         throw fromLibrary(e, file);
     }
+    if (picture.pixelsDrawn == 0 && settings.fixedFrame) {
+        throw ToolError(file, "nothing was drawn: no triangle of the model reaches the frame",
+                        "try other --pan-x, --pan-y, --pitch or --zoom, or leave out "
+                        "--fixed-frame for a view fitted to the model");
+    }
+    if (picture.pixelsDrawn == 0 && picture.reversedHidden > 0) {
+        throw ToolError(file, "nothing was drawn: no front of a triangle faces the camera",
+                        reversedNote(picture));
+    }
     if (picture.pixelsDrawn == 0) {
         throw ToolError(file, "nothing was drawn: no triangle of the model reaches the frame",
                         "try --flat to draw every part whatever its tests, another --day or "
-                        "--set for the tests in front of them, or --distance and --zoom");
+                        "--set for the tests in front of them, --both-sides, or --distance and "
+                        "--zoom");
     }
+    notes = pictureNotes(picture, file);
     out.write([&](const std::string& path) {
         velmora::savePixelsPNG(picture.rgb, picture.width, picture.height, path);
     });
@@ -59,7 +72,7 @@ void render(const RenderCommandOptions& o) {
                                ? Output(outputFor(o.output, input, ".png"), Output::Stream::Refused)
                                : Output(o.output, Output::Stream::Binary);
         FileResult result;
-        const std::string said = renderOne(input.path, o, settings, out);
+        const std::string said = renderOne(input.path, o, settings, out, result.notes);
         result.models = 1;
         // A picture on standard output is all that goes there.
         if (!out.toStandardOutput()) result.text = said;

@@ -91,7 +91,12 @@ void addRenderOptions(CLI::App& command, RenderOptions& o, bool withFixedFrame) 
         ->capture_default_str();
     command.add_option("--background", o.background, "Background colour RRGGBB")
         ->capture_default_str();
-    command.add_flag("--cull", o.cull, "Draw only the front faces (files differ in winding)");
+    command.add_flag("--both-sides", o.bothSides,
+                     "Draw the back faces too (by default only the fronts, as the simulator)");
+    command.add_flag("--cull", o.cull, "Draw only the front faces (the default)")->group("");
+    command.add_flag("--as-is", o.asIs,
+                     "Keep the scenario even where the model's guard hides the model (by "
+                     "default values that show it are set, and said)");
     command.add_flag("--blend", o.blend, "Blend alpha textures instead of testing their alpha");
     command.add_flag("--flat", o.flat,
                      "Draw every part of the stream at once (no tests evaluated)");
@@ -154,7 +159,9 @@ RenderSettings checkRenderSettings(const RenderOptions& o) {
     s.view.distance = o.distance;
     s.view.zoom = o.zoom;
     s.view.background = parseColour(o.background);
-    s.view.cullBackFaces = o.cull;
+    if (o.cull && o.bothSides) throw UsageError("--cull and --both-sides contradict each other");
+    s.view.cullBackFaces = !o.bothSides;
+    s.asIs = o.asIs;
     s.view.blendAlpha = o.blend;
     s.scenario = scenarioOf(o).value_or(velmora::Scenario());
     s.flat = o.flat;
@@ -166,6 +173,49 @@ RenderSettings checkRenderSettings(const RenderOptions& o) {
     return s;
 }
 
+namespace {
+
+// The scenario to draw under: the settings' own or, where that leaves the model's guard false
+// and the settings don't keep it as it is, values that make the guard true, noted in `picture`.
+velmora::Scenario scenarioToDraw(const velmora::MDLObject& model, const RenderSettings& settings,
+                                 Picture& picture) {
+    if (settings.asIs || settings.flat || settings.fixedFrame) return settings.scenario;
+    const velmora::GuardAnalysis guard(*model.BGLCommandList());
+    const std::optional<velmora::ScenarioToShow> shown =
+        velmora::scenarioToShow(guard, settings.scenario);
+    if (!shown || shown->changed.empty()) return settings.scenario;
+    for (const auto& [variable, value] : shown->changed) {
+        picture.drawnWith += (picture.drawnWith.empty() ? "" : ", ") + std::to_string(variable) +
+                             "=" + std::to_string(value);
+    }
+    picture.guard = guard.formula();
+    return shown->scenario;
+}
+
+// The pixels of a fixed frame that its white background doesn't show.
+int64_t pixelsOtherThanWhite(const std::vector<uint8_t>& rgb) {
+    int64_t count = 0;
+    for (std::size_t i = 0; i + 2 < rgb.size(); i += 3)
+        count += (rgb[i] & rgb[i + 1] & rgb[i + 2]) != 255 ? 1 : 0;
+    return count;
+}
+
+// Copies one frame into its place in the picture's grid.
+void placeFrame(Picture& picture, const std::vector<uint8_t>& frame, const RenderSettings& settings,
+                int column, int row) {
+    const std::size_t frameRow = static_cast<std::size_t>(settings.width) * 3;
+    for (int y = 0; y < settings.height; ++y) {
+        const std::size_t to = (static_cast<std::size_t>(row * settings.height + y) *
+                                    static_cast<std::size_t>(picture.width) +
+                                static_cast<std::size_t>(column * settings.width)) *
+                               3;
+        std::copy_n(frame.begin() + static_cast<std::ptrdiff_t>(frameRow * y), frameRow,
+                    picture.rgb.begin() + static_cast<std::ptrdiff_t>(to));
+    }
+}
+
+}  // namespace
+
 Picture renderModel(velmora::MDLObject& model, const RenderSettings& settings,
                     const std::vector<float>& headings, int columns) {
     if (!settings.textures.empty()) model.TextureList()->findFiles(settings.textures);
@@ -176,6 +226,9 @@ Picture renderModel(velmora::MDLObject& model, const RenderSettings& settings,
     picture.width = settings.width * columns;
     picture.height = settings.height * rows;
     picture.rgb.assign(static_cast<std::size_t>(picture.width) * picture.height * 3, 255);
+    const velmora::Scenario scenario = scenarioToDraw(model, settings, picture);
+    if (settings.fixedFrame || settings.view.cullBackFaces)
+        picture.reversedHidden = static_cast<int64_t>(velmora::reversedTriangles(model).size());
     Surface surface(settings.width, settings.height);
     if (settings.fixedFrame) {
         model.glPreparepreview(surface.preview());
@@ -188,29 +241,39 @@ Picture renderModel(velmora::MDLObject& model, const RenderSettings& settings,
                             static_cast<float>(settings.width) * velmora::TwipsPerPixelX(),
                             static_cast<float>(settings.height) * velmora::TwipsPerPixelY(),
                             surface.handle(), settings.view.zoom);
-            picture.pixelsDrawn = -1;
         } else {
             velmora::View view = settings.view;
             view.heading = turns[i];
             const velmora::ViewResult result =
                 settings.flat ? model.glDrawView(view, surface.handle(), std::nullopt)
-                              : model.glDrawView(view, surface.handle(), settings.scenario);
+                              : model.glDrawView(view, surface.handle(), scenario);
             picture.pixelsDrawn += result.pixels;
         }
         const std::vector<uint8_t> frame = velmora::previewSurfacePixels(surface.handle());
-        const int column = static_cast<int>(i) % columns;
-        const int row = static_cast<int>(i) / columns;
-        const std::size_t frameRow = static_cast<std::size_t>(settings.width) * 3;
-        for (int y = 0; y < settings.height; ++y) {
-            const std::size_t to = (static_cast<std::size_t>(row * settings.height + y) *
-                                        static_cast<std::size_t>(picture.width) +
-                                    static_cast<std::size_t>(column * settings.width)) *
-                                   3;
-            std::copy_n(frame.begin() + static_cast<std::ptrdiff_t>(frameRow * y), frameRow,
-                        picture.rgb.begin() + static_cast<std::ptrdiff_t>(to));
-        }
+        if (settings.fixedFrame) picture.pixelsDrawn += pixelsOtherThanWhite(frame);
+        placeFrame(picture, frame, settings, static_cast<int>(i) % columns,
+                   static_cast<int>(i) / columns);
     }
     return picture;
+}
+
+std::string reversedNote(const Picture& picture) {
+    const bool one = picture.reversedHidden == 1;
+    return std::to_string(picture.reversedHidden) +
+           (one ? " reversed triangle hidden: its front faces"
+                : " reversed triangles hidden: their fronts face") +
+           " against the normals; --both-sides shows " + (one ? "it" : "them") +
+           ", velmora edit --fix-winding turns " + (one ? "it" : "them") + " round";
+}
+
+std::vector<std::string> pictureNotes(const Picture& picture, const std::string& name) {
+    std::vector<std::string> notes;
+    if (!picture.drawnWith.empty()) {
+        notes.push_back(name + " drawn with " + picture.drawnWith + ": its guard is " +
+                        picture.guard + " (--as-is keeps the scenario)");
+    }
+    if (picture.reversedHidden > 0) notes.push_back(name + ": " + reversedNote(picture));
+    return notes;
 }
 
 }  // namespace tool
