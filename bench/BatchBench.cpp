@@ -64,8 +64,9 @@ void BM_BatchScan(benchmark::State& state) {
     const int jobs = state.range(0) > 0 ? static_cast<int>(state.range(0))
                                         : static_cast<int>(std::thread::hardware_concurrency());
     const std::string out = benchFile("batch.jsonl");
+    const std::string err = benchFile("batch.err");
     const std::string line = std::string(VELMORA_TOOL) + " scan '" + root + "' --json --jobs " +
-                             std::to_string(jobs) + " > '" + out + "'";
+                             std::to_string(jobs) + " > '" + out + "' 2> '" + err + "'";
     for (auto _ : state) {
         if (std::system(line.c_str()) != 0) state.SkipWithError("the scan failed");
     }
@@ -73,7 +74,8 @@ void BM_BatchScan(benchmark::State& state) {
     for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
         if (entry.is_regular_file()) bytes += static_cast<int64_t>(entry.file_size());
     }
-    const std::string lines = fileBytes(out);
+    // The summary is the JSON line on standard error.
+    const std::string lines = fileBytes(err);
     const auto at = lines.rfind("\"peakHeapBytes\":");
     state.counters["jobs"] = jobs;
     state.counters["peakHeapMiB"] =

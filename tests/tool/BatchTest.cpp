@@ -35,12 +35,14 @@ std::string compiled(const std::vector<std::string>& models, int tag) {
            le32(table) + le32(std::ssize(entries + data)) + entries + data;
 }
 
-std::vector<json> lines(const std::string& out) {
-    std::vector<json> parsed;
-    std::istringstream in(out);
-    for (std::string line; std::getline(in, line);)
-        parsed.push_back(json::parse(line));
-    return parsed;
+// The summary a batch gives on standard error among its other lines, or null.
+json summaryOf(const std::string& err) {
+    std::istringstream in(err);
+    for (std::string line; std::getline(in, line);) {
+        if (line.starts_with('{') && json::parse(line).contains("summary"))
+            return json::parse(line)["summary"];
+    }
+    return nullptr;
 }
 
 class Batch : public ::testing::Test {
@@ -87,13 +89,9 @@ TEST_F(Batch, ScansATreeInTheSameOrderWhateverTheJobsAndReportsEveryDamagedFile)
     const ToolRun four = runTool("scan " + q(root) + " --json --jobs 4");
     EXPECT_EQ(one.status, 1);
     EXPECT_EQ(four.status, 1);
-    std::vector<json> a = lines(one.out), b = lines(four.out);
-    ASSERT_EQ(a.size(), b.size());
-    ASSERT_FALSE(a.empty());
-    const json summary = a.back()["summary"];
-    a.pop_back();
-    b.pop_back();
+    const std::vector<json> a = jsonLines(one.out), b = jsonLines(four.out);
     EXPECT_EQ(a, b) << "the same lines in the same order";
+    const json summary = summaryOf(one.err);
     EXPECT_EQ(summary["files"], 243);
     EXPECT_EQ(summary["failures"], 3);
 
@@ -149,6 +147,42 @@ TEST_F(Batch, ScansATreeInTheSameOrderWhateverTheJobsAndReportsEveryDamagedFile)
     EXPECT_NE(terminal.out.find(" files, "), std::string::npos) << terminal.out;
 }
 
+TEST_F(Batch, OneInputGivesTheRecordsOfManyAndTheSummaryStaysOffStandardOutput) {
+    const std::string bgl = q(VELMORA_SAMPLES_DIR "/scenery.bgl");
+    const std::string building = q(VELMORA_SAMPLES_DIR "/building.mdl");
+    const std::string pairs[][2] = {
+        {"scan --json " + bgl, "scan --json " + bgl + " " + bgl},
+        {"info --json " + building, "info --json " + building + " " + q(VELMORA_SAMPLES_DIR)}};
+    for (const auto& [one, many] : pairs) {
+        SCOPED_TRACE(one);
+        const ToolRun alone = runTool(one), batch = runTool(many);
+        ASSERT_EQ(alone.status, 0) << alone.err;
+        ASSERT_EQ(batch.status, 0) << batch.err;
+        const std::vector<json> a = jsonLines(alone.out), b = jsonLines(batch.out);
+        ASSERT_FALSE(a.empty());
+        ASSERT_GT(b.size(), a.size());
+        // The same file's records are the same, keys and all, whatever else was given.
+        EXPECT_EQ(a, std::vector<json>(b.begin(), b.begin() + std::ssize(a)));
+        EXPECT_EQ(a[0]["format"], 3);
+        for (const json& line : b)
+            EXPECT_TRUE(line.contains("file") && !line.contains("summary")) << line;
+        EXPECT_TRUE(summaryOf(alone.err).is_null()) << alone.err;
+        EXPECT_EQ(summaryOf(batch.err)["failures"], 0) << batch.err;
+    }
+    EXPECT_EQ(jsonLines(runTool("scan --json " + bgl).out).size(), 3u);
+
+    // A file that fails alone gives its failure line in place, as in a batch.
+    writeFile(dir.file("cut.mdl"), samples_[0].substr(0, 30));
+    const ToolRun cut = runTool("info --json " + q(dir.file("cut.mdl")));
+    EXPECT_EQ(cut.status, 1);
+    const std::vector<json> failed = jsonLines(cut.out);
+    ASSERT_EQ(failed.size(), 1u) << cut.out;
+    EXPECT_EQ(failed[0]["failure"]["file"], dir.file("cut.mdl"));
+    EXPECT_NE(cut.err.find("cut.mdl: section \"MDLH\""), std::string::npos) << cut.err;
+    // A stream on standard output would mix with the lines.
+    EXPECT_EQ(runTool("export-asm --json " + building + " -o -").status, 2);
+}
+
 TEST_F(Batch, MemoryHoldsTheFilesInFlightNotTheWholeTree) {
     // One large file among many small ones: what is held at once follows the jobs, not the
     // number of files.
@@ -159,7 +193,7 @@ TEST_F(Batch, MemoryHoldsTheFilesInFlightNotTheWholeTree) {
     const auto peak = [&](const std::string& args) {
         const ToolRun run = runTool("scan " + args + " --json");
         EXPECT_EQ(run.status, 0) << run.err;
-        return lines(run.out).back()["summary"]["peakHeapBytes"].get<double>();
+        return summaryOf(run.err)["peakHeapBytes"].get<double>();
     };
     const double large = peak(q(root + "/large.bgl") + " " + q(root + "/area0") + " --jobs 1");
     const double all = peak(q(root) + " --jobs 1");

@@ -4,11 +4,14 @@
 
 #include <sys/wait.h>
 #include <unistd.h>
+#include <nlohmann/json.hpp>
 
 #include <array>
 #include <cstdio>
 #include <filesystem>
+#include <sstream>
 #include <string>
+#include <vector>
 
 // Runs the built velmora tool as a user would, from a shell.
 namespace tooltest {
@@ -43,6 +46,15 @@ inline ToolRun runTool(const std::string& args, const std::string& folder = ".")
 
 inline std::string q(const std::string& path) {
     return "'" + path + "'";
+}
+
+// JSON Lines: each line parsed on its own.
+inline std::vector<nlohmann::json> jsonLines(const std::string& text) {
+    std::vector<nlohmann::json> parsed;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);)
+        parsed.push_back(nlohmann::json::parse(line));
+    return parsed;
 }
 
 }  // namespace tooltest

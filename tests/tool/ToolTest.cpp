@@ -379,8 +379,7 @@ TEST_F(ToolTest, RenderWritesAPictureOrSaysWhyNothingShows) {
     const ToolRun thumbnails = runTool("scan " + q(sample("scenery.bgl")) + " --thumbnails " +
                                        q(dir.file("pictures")) + " --json");
     ASSERT_EQ(thumbnails.status, 0) << thumbnails.err;
-    const json scanned = json::parse(thumbnails.out);
-    for (const auto& model : scanned["models"])
+    for (const json& model : jsonLines(thumbnails.out))
         EXPECT_GT(model["thumbnailPixels"].get<int>(), 1000) << model;
     EXPECT_EQ(dir.listing("pictures"), "model_001.png model_002.png model_003.png");
 }

@@ -161,7 +161,8 @@ TEST_F(ToolWord, TextsFitTheirColumnsCarryNoZeroAndNameFilesInUtf8) {
 TEST_F(ToolWord, JsonGivesNumbersAsNumbersWithTheirTextWhereItDiffers) {
     const std::string model = q(hangar("hangar.mdl"));
     const json report = jsonOf("info --json " + model);
-    EXPECT_EQ(report["format"], 2);
+    EXPECT_EQ(report["format"], 3);
+    EXPECT_EQ(report["isft"], "Hangar 7 \xC2\xA9 1.0") << "the text ends at its zero";
     const json& light = report["lights"][0];
     EXPECT_EQ(light["at"], json::array({-20.0, 1.5, 1e10}));
     EXPECT_EQ(light["colour"], "#FF0000");

@@ -104,6 +104,17 @@ void sayWarnings(const std::string& command, const FileResult& result) {
         std::cerr << "velmora " << command << ": warning: " << warning << "\n";
 }
 
+// One object on one line; every object the tool prints says its format.
+void printJsonLine(std::ostream& out, json object) {
+    object["format"] = kJsonFormat;
+    out << object.dump() << "\n";
+}
+
+void printRecords(const FileResult& result) {
+    for (const json& record : result.records)
+        printJsonLine(std::cout, record);
+}
+
 // A run of many files on several jobs, printing each file's output in the order of the inputs.
 class BatchRun {
   public:
@@ -156,8 +167,7 @@ class BatchRun {
             const FileResult& result = *results_[nextToPrint_];
             sayWarnings(command_, result);
             if (asJson_) {
-                for (const json& record : result.records)
-                    std::cout << record.dump() << "\n";
+                printRecords(result);
             } else if (!result.text.empty()) {
                 std::cout << result.text << "\n";
             }
@@ -166,7 +176,7 @@ class BatchRun {
             bytes_ += result.bytes;
             if (result.failure) {
                 failures_.emplace_back(inputs_[nextToPrint_].path, result.failure->message);
-                if (asJson_) std::cout << json{{"failure", result.failure->error}}.dump() << "\n";
+                if (asJson_) printJsonLine(std::cout, {{"failure", result.failure->error}});
             }
             std::cout.flush();
             results_[nextToPrint_].reset();  // printed: nothing of it is kept
@@ -188,20 +198,20 @@ class BatchRun {
         std::cerr << line.str() << (last ? "\n" : "") << std::flush;
     }
 
-    // The summary, and the failures on standard error; gives the exit status.
+    // The summary (on standard error with --json: standard output holds the records alone), and
+    // the failures on standard error; gives the exit status.
     int finish() {
         const double seconds = std::chrono::duration<double>(Clock::now() - started_).count();
         if (asJson_) {
-            std::cout << json{{"summary",
-                               {{"files", files_},
-                                {"models", models_},
-                                {"bytes", bytes_},
-                                {"failures", failures_.size()},
-                                {"seconds", seconds},
-                                {"jobs", jobs_},
-                                {"peakHeapBytes", peakHeapBytes()}}}}
-                             .dump()
-                      << "\n";
+            std::cout.flush();
+            printJsonLine(std::cerr, {{"summary",
+                                       {{"files", files_},
+                                        {"models", models_},
+                                        {"bytes", bytes_},
+                                        {"failures", failures_.size()},
+                                        {"seconds", seconds},
+                                        {"jobs", jobs_},
+                                        {"peakHeapBytes", peakHeapBytes()}}}});
         } else {
             std::cout << files_ << " file(s), " << models_ << " model(s), " << bytes_ << " bytes, "
                       << failures_.size() << " failed, " << std::fixed << std::setprecision(2)
@@ -237,15 +247,24 @@ class BatchRun {
     std::vector<std::pair<std::string, std::string>> failures_;  // file, message
 };
 
-// A file given alone: its failure goes to the caller, its output is printed as it is.
+// A file given alone: its output is printed as it is, its failure goes to the caller (with
+// --json after the failure's line, as a batch gives it; a usage error is no file's failure).
 void runAlone(const std::string& command, const BatchInput& input, bool asJson,
               const std::function<FileResult(const BatchInput&)>& work) {
-    const FileResult result = work(input);
-    sayWarnings(command, result);
-    if (asJson && !result.document.is_null()) {
-        std::cout << result.document.dump(2) << "\n";
-        return;
+    FileResult result;
+    try {
+        result = work(input);
+    } catch (const UsageError&) {
+        throw;
+    } catch (...) {
+        if (asJson) {
+            printJsonLine(std::cout,
+                          {{"failure", failureOf(std::current_exception(), input.path).error}});
+        }
+        throw;
     }
+    sayWarnings(command, result);
+    if (asJson) return printRecords(result);
     if (result.text.empty()) return;
     (result.textToStandardError ? std::cerr : std::cout)
         << result.text << (result.text.back() == '\n' ? "" : "\n");
@@ -284,6 +303,12 @@ void runFiles(const std::string& command, const BatchOptions& options, bool asJs
     if (!isBatch(options.inputs)) return runAlone(command, inputs.front(), asJson, work);
     const int status = BatchRun(command, std::move(inputs), options, asJson).run(work);
     if (status != 0) throw ExitStatus{status};
+}
+
+void refuseJsonBesideOutput(bool asJson, const std::string& output) {
+    if (asJson && output == "-") {
+        throw UsageError("--json prints its lines on standard output; give -o a file name");
+    }
 }
 
 std::string outputFor(const std::string& folder, const BatchInput& input,

@@ -16,10 +16,9 @@ struct BatchInput {
     std::string relative;
 };
 
-// What one file gave. A file given alone prints `document` with --json (indented), else `text`;
-// in a batch each of `records` is a JSON line with --json, else `text` is printed.
+// What one file gave: with --json each of `records` is a JSON line, else `text` is printed,
+// whether the file is given alone or in a batch.
 struct FileResult {
-    json document;
     std::vector<json> records;
     std::string text;
     bool textToStandardError = false;   // the file's own output went to standard output
@@ -48,13 +47,17 @@ void addBatchOptions(CLI::App& command, BatchOptions& options);
 bool isBatch(const std::vector<std::string>& inputs);
 
 // Runs `work` on every file of the inputs: a file given alone in this thread (its failure goes
-// to the caller), a batch of files and folders (searched through for the files whose extension,
-// without regard to case, is one of `extensions`) on the jobs, each file's output printed as soon
-// as it and every file before it are done, then a summary and the failures. Throws ExitStatus 1
-// when a file of a batch failed.
+// to the caller, after its failure line with --json), a batch of files and folders (searched
+// through for the files whose extension, without regard to case, is one of `extensions`) on the
+// jobs, each file's output printed as soon as it and every file before it are done, then a
+// summary (a JSON line on standard error with --json) and the failures. Throws ExitStatus 1 when
+// a file of a batch failed.
 void runFiles(const std::string& command, const BatchOptions& options, bool asJson,
               const std::vector<std::string>& extensions,
               const std::function<FileResult(const BatchInput&)>& work);
+
+// With --json the records fill standard output, so `output` may not be "-" there.
+void refuseJsonBesideOutput(bool asJson, const std::string& output);
 
 // Where a batch writes what it makes of an input under `folder`: the input's path from its
 // folder, with `extension` in place of its own (a folder of that name for ""); the folders on

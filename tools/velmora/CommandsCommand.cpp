@@ -1,6 +1,5 @@
-#include "Tool.h"
+#include "Batch.h"
 
-#include <iostream>
 #include <sstream>
 
 namespace tool {
@@ -47,7 +46,7 @@ json commandsReport(const std::string& path, const velmora::BGLCommandList& list
     return {{"format", kJsonFormat}, {"file", path}, {"commands", commands}};
 }
 
-void printCommands(const velmora::BGLCommandList& list) {
+std::string listing(const velmora::BGLCommandList& list) {
     std::ostringstream out;
     int32_t position = 0;
     for (const auto& command : list) {
@@ -63,7 +62,20 @@ void printCommands(const velmora::BGLCommandList& list) {
         if (command->parent() != 0) out << "  (list " << command->parent() << ")";
         out << "\n";
     }
-    std::cout << out.str();
+    return out.str();
+}
+
+FileResult commandsOf(const BatchInput& input, bool asJson) {
+    FileResult result;
+    const auto model = loadModel(input.path);
+    model->BGLCommandList()->processParent();
+    if (asJson) {
+        result.records = {commandsReport(input.path, *model->BGLCommandList())};
+    } else {
+        result.text = listing(*model->BGLCommandList());
+    }
+    result.models = 1;
+    return result;
 }
 
 }  // namespace
@@ -71,18 +83,16 @@ void printCommands(const velmora::BGLCommandList& list) {
 void addCommandsCommand(CLI::App& app) {
     auto* command = addCommand(app, "commands", "List a model's decoded command stream",
                                "velmora commands MODEL.mdl [--json]");
-    auto path = std::make_shared<std::string>();
+    auto options = std::make_shared<BatchOptions>();
     auto asJson = std::make_shared<bool>(false);
-    command->add_option("MODEL", *path, "Model file (.mdl)")->required();
-    command->add_flag("--json", *asJson, "Print JSON for scripts (see docs/json.md)");
-    command->callback([path, asJson] {
-        const auto model = loadModel(*path);
-        model->BGLCommandList()->processParent();
-        if (*asJson) {
-            std::cout << commandsReport(*path, *model->BGLCommandList()).dump(2) << "\n";
-        } else {
-            printCommands(*model->BGLCommandList());
-        }
+    options->inputs.resize(1);
+    command->add_option("MODEL", options->inputs[0], "Model file (.mdl)")->required();
+    command->add_flag("--json", *asJson, "Print a JSON line for scripts (see docs/json.md)");
+    command->callback([options, asJson] {
+        // One model, never a folder of them.
+        checkInputFile(options->inputs[0]);
+        runFiles("commands", *options, *asJson, {".mdl"},
+                 [asJson](const BatchInput& input) { return commandsOf(input, *asJson); });
     });
 }
 

@@ -20,6 +20,7 @@ struct ExportRun {
 };
 
 void run(const ExportRun& e) {
+    refuseJsonBesideOutput(e.json, e.output);
     const bool batch = isBatch(e.batch.inputs);
     if (batch) {
         if (e.output == "-") throw UsageError("several models can't go to standard output");
@@ -50,7 +51,7 @@ std::shared_ptr<ExportRun> addExport(CLI::App& app, const std::string& name,
     command->add_option("MODEL", e->batch.inputs, "Model files (.mdl) or folders of them")
         ->required();
     command->add_option("-o,--output", e->output, outputHelp)->required();
-    command->add_flag("--json", e->json, "With several models: a JSON line a model");
+    command->add_flag("--json", e->json, "Print a JSON line a model (see docs/json.md)");
     addBatchOptions(*command, e->batch);
     command->callback([e] { run(*e); });
     return e;

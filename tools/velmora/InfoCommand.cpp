@@ -17,7 +17,6 @@ FileResult infoOf(const BatchInput& input, bool asJson) {
     const auto model = loadModel(input.path);
     const json report = modelReport(input.path, *model);
     if (asJson) {
-        result.document = report;
         result.records = {report};
     } else {
         std::ostringstream text;
@@ -38,7 +37,7 @@ void addInfoCommand(CLI::App& app) {
     command->add_option("MODEL", o->batch.inputs, "Model files (.mdl) or folders of them")
         ->required();
     command->add_flag("--json", o->json,
-                      "Print JSON for scripts; JSON Lines for several files (see docs/json.md)");
+                      "Print a JSON line a model file for scripts (see docs/json.md)");
     addBatchOptions(*command, o->batch);
     command->callback([o] {
         runFiles("info", o->batch, o->json, {".mdl"},

@@ -62,6 +62,7 @@ void render(const RenderCommandOptions& o) {
     if (o.render.fixedFrame && o.render.flat) {
         throw UsageError("--fixed-frame draws every part already; leave out --flat");
     }
+    refuseJsonBesideOutput(o.json, o.output);
     const bool batch = isBatch(o.batch.inputs);
     if (batch) {
         if (o.output == "-") throw UsageError("several pictures can't go to standard output");
@@ -97,7 +98,7 @@ void addRenderCommand(CLI::App& app) {
         ->required();
     command->add_option("--sheet", o->sheet, "N headings around the model in one picture")
         ->check(numberFrom(1, 64, true));
-    command->add_flag("--json", o->json, "With several models: a JSON line a model");
+    command->add_flag("--json", o->json, "Print a JSON line a picture (see docs/json.md)");
     addBatchOptions(*command, o->batch);
     addRenderOptions(*command, o->render, true);
     command->callback([o] { render(*o); });

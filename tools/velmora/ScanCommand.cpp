@@ -47,7 +47,7 @@ void scanFile(const std::string& file, const ScanOptions& o, const RenderSetting
     for (const auto& model : *models) {
         ++index;
         json entry{{"file", file},
-                   {"index", index},
+                   {"model", index},
                    {"size", model->getRIFFSectionSize(0) + 8},
                    {"vertices", model->VertexList()->Count()},
                    {"materials", model->MaterialList()->Count()},
@@ -93,7 +93,7 @@ void scanFile(const std::string& file, const ScanOptions& o, const RenderSetting
 void printEntries(std::ostream& out, const std::string& file, const std::vector<json>& entries) {
     out << file << ": " << entries.size() << " model(s)\n";
     for (const auto& entry : entries) {
-        out << "  " << entry["index"] << "  " << entry["size"] << " bytes, " << entry["vertices"]
+        out << "  " << entry["model"] << "  " << entry["size"] << " bytes, " << entry["vertices"]
             << " vertices, " << entry["materials"] << " materials, " << entry["textures"]
             << " textures, " << entry["commands"] << " commands";
         if (!entry["guid"].is_null()) out << ", " << entry["guid"].get<std::string>();
@@ -115,12 +115,7 @@ FileResult scanOf(const BatchInput& input, const ScanOptions& o, const RenderSet
     scanFile(input.path, o, settings,
              alone ? "" : textOf(pathOf(input.relative).replace_extension("")), entries);
     result.models = static_cast<int64_t>(entries.size());
-    result.document = {{"format", kJsonFormat}, {"file", input.path}, {"models", entries}};
-    for (json entry : entries) {
-        entry["model"] = entry["index"];
-        entry.erase("index");
-        result.records.push_back(entry);
-    }
+    result.records = entries;
     std::ostringstream text;
     printEntries(text, input.path, entries);
     result.text = text.str();
@@ -152,7 +147,7 @@ void addScanCommand(CLI::App& app) {
     command->add_option("--thumbnails", o->thumbnails,
                         "Save a picture of each model in this folder (made when missing)");
     command->add_flag("--json", o->json,
-                      "Print JSON for scripts; JSON Lines for several files (see docs/json.md)");
+                      "Print a JSON line a model for scripts (see docs/json.md)");
     addBatchOptions(*command, o->batch);
     o->render.size = "320x240";
     addRenderOptions(*command, o->render, false);

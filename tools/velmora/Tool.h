@@ -132,7 +132,8 @@ bool standardErrorIsTerminal();
 // Progress on standard error, only when it is a terminal.
 void showProgress(const std::string& what, int done, int total);
 
-// Version of the JSON the tool prints; see docs/json.md.
-inline constexpr int kJsonFormat = 2;
+// Version of the JSON the tool prints (3: JSON Lines, a record a model or file, for one input
+// as for many); see docs/json.md.
+inline constexpr int kJsonFormat = 3;
 
 }  // namespace tool
