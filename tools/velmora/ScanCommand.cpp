@@ -29,7 +29,8 @@ std::string numbered(int index, const char* extension) {
 // Scans one compiled file into `entries`; `into` names where extracts and pictures go ("" for
 // the options' folders themselves, and the progress of its models shown).
 void scanFile(const std::string& file, const ScanOptions& o, const RenderSettings& settings,
-              const std::string& into, std::vector<json>& entries) {
+              const std::string& into, std::vector<json>& entries,
+              std::vector<std::string>& notes) {
     checkInputFile(file);
     velmora::BGLObject bgl;
     if (!bgl.isXMLBGL(file)) {
@@ -84,6 +85,10 @@ void scanFile(const std::string& file, const ScanOptions& o, const RenderSetting
             });
             entry["thumbnail"] = path;
             entry["thumbnailPixels"] = picture.pixelsDrawn;
+            if (!picture.drawnWith.empty()) entry["thumbnailDrawnWith"] = picture.drawnWith;
+            const std::vector<std::string> said =
+                pictureNotes(picture, file + " model " + std::to_string(index));
+            notes.insert(notes.end(), said.begin(), said.end());
         }
         entries.push_back(entry);
         if (into.empty()) showProgress("models", index, models->Count());
@@ -113,7 +118,8 @@ FileResult scanOf(const BatchInput& input, const ScanOptions& o, const RenderSet
     // In a batch each compiled file's models go to a folder of their own, named after the file.
     std::vector<json> entries;
     scanFile(input.path, o, settings,
-             alone ? "" : textOf(pathOf(input.relative).replace_extension("")), entries);
+             alone ? "" : textOf(pathOf(input.relative).replace_extension("")), entries,
+             result.notes);
     result.models = static_cast<int64_t>(entries.size());
     result.records = entries;
     std::ostringstream text;
