@@ -6,6 +6,7 @@
 #include <velmora/BGLCommandList.h>
 #include <velmora/ConditionList.h>
 #include <velmora/MDLObject.h>
+#include <velmora/ModelEdit.h>
 
 #include "SyntheticModels.h"
 
@@ -117,5 +118,24 @@ void BM_UpdateTextureSize(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * model.BGLCommandList()->Count());
 }
 BENCHMARK(BM_UpdateTextureSize)->Arg(30000)->Arg(60000)->Unit(benchmark::kMillisecond);
+
+// Finding the reversed triangles (info reports them) and turning them round in place.
+void BM_FixWinding(benchmark::State& state) {
+    ModelShape shape = shapeOf(state.range(0));
+    shape.vertices = 32000;
+    const std::string bytes = modelFile(shape);
+    MDLObject model;
+    int64_t turned = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        model.readMDLBytes(bytes);
+        state.ResumeTiming();
+        turned = static_cast<int64_t>(fixWinding(model).size());
+        benchmark::DoNotOptimize(turned);
+    }
+    state.SetItemsProcessed(state.iterations() * model.BGLCommandList()->Count());
+    state.counters["turned"] = static_cast<double>(turned);
+}
+BENCHMARK(BM_FixWinding)->Arg(30000)->Arg(60000)->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -238,6 +238,7 @@ void beginFrame(const View& view, const Camera& camera, const windowing::Surface
     glShadeModel(GL_SMOOTH);
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
     glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
+    // Drawn in (x, y, -z), the fronts of FrontFace.h wind counter-clockwise on the screen.
     glFrontFace(GL_CCW);
     if (view.cullBackFaces) {
         glEnable(GL_CULL_FACE);
