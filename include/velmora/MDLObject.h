@@ -133,11 +133,15 @@ class MDLObject {
     void exportFLT(const std::string& f, const std::string& texFormat, bool saveATTR = true,
                    float extraRotation = 0);
     // Writes the model as glTF 2.0: `f` ending in .glb for one binary file, in .gltf for JSON
-    // with a .bin and PNG images beside it. Images are found in `textureFolder` by the textures'
-    // names (as TextureList::findFiles finds them), or else at their `file`. Without a scenario
-    // every part is written, each seasonal variant and level of detail as a node of its own;
-    // with one, what the scenario walk draws. Every file is written beside its target and moved
-    // into place when whole.
+    // with a .bin and PNG images beside it. Images are found in `options.textureFolder` by the
+    // textures' names (as TextureList::findFiles finds them), or else at their `file`. Without a
+    // scenario every part is written, each level of detail as a node of its own, and the
+    // textures of a seasonal run as KHR_materials_variants named after the seasons, the
+    // primitive's own material being the one of day 172; with one, what the scenario walk draws.
+    // Materials are single-sided unless `options.doubleSided`. Every file is written beside its
+    // target and moved into place when whole.
+    GLTFExport exportGLTF(const std::string& f, const GLTFOptions& options) const;
+    // The same, single-sided.
     GLTFExport exportGLTF(const std::string& f, const std::string& textureFolder = "",
                           const std::optional<Scenario>& scenario = std::nullopt) const;
 

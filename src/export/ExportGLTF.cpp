@@ -1,9 +1,11 @@
+#include <velmora/FrontFace.h>
 #include <velmora/GeometryCollector.h>
 #include <velmora/MDLObject.h>
 #include <velmora/StreamAnalysis.h>
 #include <velmora/Windows1252.h>
 
 #include "export/GLTFBuilder.h"
+#include "export/GLTFSeasons.h"
 #include "foundation/Errors.h"
 #include "foundation/FileSystem.h"
 #include "foundation/GeneralFunctions.h"
@@ -14,15 +16,16 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <tuple>
 
-// Axes: a model has x to the east, y up and z to the north, with the simulator's clockwise
-// triangles facing out. glTF is right-handed with +Y up and +Z forward: a model's (x, y, z) is
-// written as (x, y, -z), north being -Z and the model's south side facing forward. The mirror
-// that takes one frame to the other also turns the simulator's clockwise front faces into
-// glTF's counter-clockwise ones, so the corners keep their order; materials are double-sided,
-// since files differ in winding. Texture coordinates count v from the image's top: v = 1 - ty.
+// Axes: a model has x to the east, y up and z to the north. glTF is right-handed with +Y up and
+// +Z forward: a model's (x, y, z) is written as (x, y, -z), north being -Z and the model's south
+// side facing forward. Which side of a triangle is its front follows velmora/FrontFace.h: the
+// mirror to glTF's axes with the corners kept in their order puts glTF's counter-clockwise front
+// where the simulator shows it, so materials are single-sided as the simulator culls back faces
+// (double-sided on request). Texture coordinates count v from the image's top: v = 1 - ty.
 namespace velmora {
 
 namespace {
@@ -54,21 +57,16 @@ std::optional<std::array<gltf::Vertex, 3>> cornersOf(const GeometryCollector::Tr
         corners[k].position = gltfAxes(t.corners[k].position);
         if (textured) corners[k].uv = {t.corners[k].texCoord[0], 1.0f - t.corners[k].texCoord[1]};
     }
-    const auto& a = corners[0].position;
-    const auto& b = corners[1].position;
-    const auto& c = corners[2].position;
-    const std::array<double, 3> u{b[0] - a[0], b[1] - a[1], b[2] - a[2]};
-    const std::array<double, 3> v{c[0] - a[0], c[1] - a[1], c[2] - a[2]};
-    const std::array<double, 3> face{u[1] * v[2] - u[2] * v[1], u[2] * v[0] - u[0] * v[2],
-                                     u[0] * v[1] - u[1] * v[0]};
-    const double area = std::hypot(face[0], face[1], face[2]);
+    // The front mirrored to glTF's axes is glTF's counter-clockwise normal (b - a) x (c - a).
+    const Vector3 face = gltfAxes(
+        frontNormal({t.corners[0].position, t.corners[1].position, t.corners[2].position}));
+    const double area = std::hypot(double{face[0]}, double{face[1]}, double{face[2]});
     if (!(area > 0) || !std::isfinite(area)) return std::nullopt;
     // One normal for the triangle, its first corner's, as the simulator lights it.
-    std::array<float, 3> normal = gltfAxes(t.corners[0].normal);
-    double length = std::hypot(normal[0], normal[1], normal[2]);
+    Vector3 normal = gltfAxes(t.corners[0].normal);
+    double length = std::hypot(double{normal[0]}, double{normal[1]}, double{normal[2]});
     if (!(length > 0) || !std::isfinite(length)) {
-        normal = {static_cast<float>(face[0]), static_cast<float>(face[1]),
-                  static_cast<float>(face[2])};
+        normal = face;
         length = area;
     }
     for (auto& corner : corners) {
@@ -85,13 +83,15 @@ float clamp01(float value) {
 // Materials and images of the export, made once each as the triangles ask for them.
 class Looks {
   public:
-    Looks(const MDLObject& model, gltf::Builder& builder, const std::string& textureFolder,
+    Looks(const MDLObject& model, gltf::Builder& builder, const GLTFOptions& options,
           GLTFExport& summary)
         : model_(model), builder_(builder), summary_(summary) {
         const velmora::TextureList& textures = *model.TextureList();
-        files_ = textureFolder.empty() ? std::vector<std::string>()
-                                       : detail::textureFiles(textures, textureFolder);
-        folder_ = textureFolder;
+        files_ = options.textureFolder.empty()
+                     ? std::vector<std::string>()
+                     : detail::textureFiles(textures, options.textureFolder);
+        folder_ = options.textureFolder;
+        doubleSided_ = options.doubleSided;
     }
 
     // The glTF material of a surface, made once for each material and texture (-1: none), and
@@ -111,6 +111,7 @@ class Looks {
             std::clamp(1.0f - std::sqrt(std::max(0.0f, surface.power) / 128.0f), 0.1f, 1.0f);
         if (!std::isfinite(look.roughness)) look.roughness = 1;
         if (look.baseColour[3] < 1) look.alpha = gltf::MaterialLook::Alpha::Blend;
+        look.doubleSided = doubleSided_;
         const std::optional<Image> image = imageOf(surface.texture);
         if (image) {
             // A textured surface is lit white: the material's colours are not used.
@@ -167,35 +168,77 @@ class Looks {
     GLTFExport& summary_;
     std::vector<std::string> files_;
     std::string folder_;
+    bool doubleSided_ = false;
     std::map<std::pair<int32_t, int32_t>, std::pair<int32_t, bool>> made_;
     std::map<int32_t, std::optional<Image>> images_;
 };
 
-// The triangles of one node, a primitive a material.
+// What a triangle is made of: its glTF material on the default day and, when a seasonal run
+// sets its surface, its material in each season.
+struct Look {
+    int32_t material = 0;
+    gltf::SeasonMaterials seasons{};
+    bool textured = false;  // one of its materials has an image
+    const SeasonalRun* run = nullptr;
+    bool operator<(const Look& other) const {
+        return std::tuple(material, seasons, runStart()) <
+               std::tuple(other.material, other.seasons, other.runStart());
+    }
+    int32_t runStart() const { return run ? run->first : 0; }
+};
+
+// The look of a triangle; `run` is the seasonal run that sets its surface, or nullptr. A day no
+// variant of the run is shown on keeps the surface the walk drew the triangle with.
+Look lookOf(const GeometryCollector& geometry, const GeometryCollector::Triangle& triangle,
+            const SeasonalRun* run, Looks& looks) {
+    const Surface& surface = geometry.surfaceOf(triangle);
+    const auto materialOn = [&](int32_t day) {
+        const SeasonalVariant* variant = run ? gltf::variantOn(*run, day) : nullptr;
+        const Surface* chosen = variant ? geometry.surfaceAt(variant->position) : nullptr;
+        return looks.material(chosen ? *chosen : surface);
+    };
+    Look look;
+    std::tie(look.material, look.textured) = materialOn(gltf::defaultDay());
+    if (run == nullptr) return look;
+    look.run = run;
+    for (std::size_t i = 0; i < gltf::kSeasonCount; ++i) {
+        const auto [material, textured] = materialOn(gltf::seasonDays()[i]);
+        look.seasons[i] = material;
+        look.textured = look.textured || textured;
+    }
+    return look;
+}
+
+// The triangles of one node, a primitive a look.
 class NodeMesh {
   public:
-    void add(const GeometryCollector::Triangle& t, std::pair<int32_t, bool> material,
-             GLTFExport& summary) {
-        const auto corners = cornersOf(t, material.second);
+    void add(const GeometryCollector::Triangle& t, const Look& look, GLTFExport& summary) {
+        const auto corners = cornersOf(t, look.textured);
         if (!corners) return;
-        auto& primitive = primitives_[material.first];
-        primitive.material = material.first;
-        primitive.textured = material.second;
+        auto& primitive = primitives_[look];
+        if (primitive.indices.empty()) {
+            primitive.material = look.material;
+            primitive.textured = look.textured;
+            if (look.run) {
+                primitive.mappings = gltf::mappingsOf(look.seasons);
+                primitive.extras = {{"seasonalRun", gltf::runExtras(*look.run)}};
+            }
+        }
         primitive.addTriangle(*corners);
         ++summary.triangles;
     }
-    // The primitives, in the order of their materials; the mesh is empty afterwards.
+    // The primitives, in the order of their looks; the mesh is empty afterwards.
     std::vector<gltf::Primitive> takePrimitives() {
         std::vector<gltf::Primitive> out;
         out.reserve(primitives_.size());
-        for (auto& [material, primitive] : primitives_)
+        for (auto& [look, primitive] : primitives_)
             out.push_back(std::move(primitive));
         primitives_.clear();
         return out;
     }
 
   private:
-    std::map<int32_t, gltf::Primitive> primitives_;
+    std::map<Look, gltf::Primitive> primitives_;
 };
 
 json boxJson(const velmora::BoundingBox& box) {
@@ -203,25 +246,13 @@ json boxJson(const velmora::BoundingBox& box) {
             {"max", {box.xmax(), box.ymax(), box.zmax()}}};
 }
 
-// What a node of variants is called and what its extras say.
+// A node: the triangles of one branch of a size test, or of none.
 struct NodeKey {
     const SizeBranch* branch = nullptr;
-    const SeasonalVariant* variant = nullptr;
-    bool operator<(const NodeKey& other) const {
-        return std::tie(branch, variant) < std::tie(other.branch, other.variant);
-    }
+    bool operator<(const NodeKey& other) const { return std::less<>()(branch, other.branch); }
     std::string name() const {
-        std::string out;
-        if (branch)
-            out =
-                std::string(branch->holds ? "detail where " : "coarse where ") + branch->selectedBy;
-        if (variant) {
-            if (!out.empty()) out += ", ";
-            out += variant->firstDay < 0 ? std::string("other days")
-                                         : "days " + std::to_string(variant->firstDay) + "-" +
-                                               std::to_string(variant->lastDay);
-        }
-        return out.empty() ? "model" : out;
+        if (!branch) return "model";
+        return std::string(branch->holds ? "detail where " : "coarse where ") + branch->selectedBy;
     }
     json extras() const {
         json out = json::object();
@@ -229,13 +260,6 @@ struct NodeKey {
             out["levelOfDetail"] = {{"test", branch->test},
                                     {"holds", branch->holds},
                                     {"selectedBy", branch->selectedBy}};
-        }
-        if (variant) {
-            out["season"] = {{"selectedBy", variant->selectedBy},
-                             {"days", variant->firstDay < 0
-                                          ? json(nullptr)
-                                          : json::array({variant->firstDay, variant->lastDay})},
-                             {"texture", variant->texture}};
         }
         return out;
     }
@@ -269,30 +293,22 @@ void writeFiles(const Output& out, gltf::Builder& builder, GLTFExport& summary) 
     summary.bytes += static_cast<int64_t>(json.size());
 }
 
-// The triangles of each node: without a scenario, each seasonal variant and each branch of a
-// size test is a node of its own, and a triangle of a seasonal run goes into the node of every
-// variant with the surface set at that variant's SET_MATERIAL.
+// The triangles of each node: without a scenario, each branch of a size test is a node of its
+// own, and a triangle whose surface a seasonal run of several variants sets is held once with
+// the material of each season.
 std::map<NodeKey, NodeMesh> nodesOf(const GeometryCollector& geometry,
                                     const StreamAnalysis* analysis, Looks& looks,
                                     GLTFExport& summary) {
     std::map<NodeKey, NodeMesh> nodes;
     for (const auto& triangle : geometry.triangles()) {
-        const Surface& surface = geometry.surfaceOf(triangle);
         NodeKey key;
         const SeasonalRun* run = nullptr;
         if (analysis) {
             key.branch = analysis->branchOf(triangle.command);
-            run = analysis->runOf(surface.command);
+            run = analysis->runOf(geometry.surfaceOf(triangle).command);
+            if (run && run->variants.size() < 2) run = nullptr;
         }
-        if (run == nullptr || run->variants.size() < 2) {
-            nodes[key].add(triangle, looks.material(surface), summary);
-            continue;
-        }
-        for (const SeasonalVariant& variant : run->variants) {
-            key.variant = &variant;
-            const Surface* chosen = geometry.surfaceAt(variant.position);
-            nodes[key].add(triangle, looks.material(chosen ? *chosen : surface), summary);
-        }
+        nodes[key].add(triangle, lookOf(geometry, triangle, run, looks), summary);
     }
     return nodes;
 }
@@ -323,32 +339,40 @@ json scenarioJson(const Scenario& scenario) {
 
 GLTFExport MDLObject::exportGLTF(const std::string& f, const std::string& textureFolder,
                                  const std::optional<Scenario>& scenario) const {
+    return exportGLTF(f, GLTFOptions{textureFolder, scenario, false});
+}
+
+GLTFExport MDLObject::exportGLTF(const std::string& f, const GLTFOptions& options) const {
     try {
         const Output out = outputOf(f);
         GeometryCollector geometry;
-        walk(geometry, scenario);
+        walk(geometry, options.scenario);
 
         GLTFExport summary;
         gltf::Builder builder;
-        Looks looks(*this, builder, textureFolder, summary);
+        Looks looks(*this, builder, options, summary);
         const StreamAnalysis analysis(*commandList_);
+        bool seasonal = false;
         for (auto& [key, mesh] :
-             nodesOf(geometry, scenario ? nullptr : &analysis, looks, summary)) {
+             nodesOf(geometry, options.scenario ? nullptr : &analysis, looks, summary)) {
             std::vector<gltf::Primitive> primitives = mesh.takePrimitives();
             summary.primitives += static_cast<int32_t>(primitives.size());
+            for (const gltf::Primitive& primitive : primitives)
+                seasonal = seasonal || !primitive.mappings.empty();
             if (builder.addMeshNode(key.name(), primitives, key.extras()) >= 0) ++summary.nodes;
         }
+        if (seasonal) builder.addVariants(gltf::seasonNames());
         addLights(geometry, builder, summary);
 
         const std::string name =
             mdlPath_.empty() ? std::string("model") : fs::utf8Path(fs::nativePath(mdlPath_).stem());
         const GuardAnalysis& guard = analysis.guard();
         json extras{{"model", fileNameFromModelText(name)},
-                    {"isft", utf8FromWindows1252(getISFT())},
+                    {"isft", utf8FromWindows1252(isftText())},
                     {"guard", guard.guardedCall() == 0 ? json(nullptr) : json(guard.formula())},
                     {"boundingBox", boxJson(required(boundingBox_))},
                     {"axes", "glTF (x, y, z) is the model's (x, y, -z): x east, y up, z south"}};
-        if (scenario) extras["scenario"] = scenarioJson(*scenario);
+        if (options.scenario) extras["scenario"] = scenarioJson(*options.scenario);
         builder.finish(fileNameFromModelText(name), extras);
         writeFiles(out, builder, summary);
         return summary;

@@ -111,6 +111,8 @@ Builder::Part Builder::partOf(const Primitive& primitive) {
             kUnsignedInt, primitive.indices.size(), "SCALAR");
     }
     part.material = primitive.material;
+    part.mappings = primitive.mappings;
+    part.extras = primitive.extras;
     return part;
 }
 
@@ -150,8 +152,21 @@ int32_t Builder::addPointLight(const std::array<float, 3>& position,
     json& nodes = document_["nodes"];
     nodes.push_back(std::move(node));
     nodes_.push_back(static_cast<int32_t>(nodes.size() - 1));
-    if (lights_ == 0) document_["extensionsUsed"] = {"KHR_lights_punctual"};
+    if (lights_ == 0) useExtension("KHR_lights_punctual");
     return lights_++;
+}
+
+void Builder::addVariants(const std::vector<std::string>& names) {
+    json variants = json::array();
+    for (const std::string& name : names)
+        variants.push_back({{"name", name}});
+    document_["extensions"]["KHR_materials_variants"]["variants"] = std::move(variants);
+    useExtension("KHR_materials_variants");
+}
+
+void Builder::useExtension(const char* name) {
+    json& used = document_["extensionsUsed"];
+    if (std::find(used.begin(), used.end(), name) == used.end()) used.push_back(name);
 }
 
 void Builder::finish(const std::string& name, json extras) {
@@ -225,9 +240,10 @@ void Builder::writeMaterials(JsonText& out) const {
             out.key("alphaMode");
             out.string(look.alpha == MaterialLook::Alpha::Mask ? "MASK" : "BLEND");
         }
-        // Files differ in winding, so both sides of a surface show.
-        out.key("doubleSided");
-        out.boolean(true);
+        if (look.doubleSided) {
+            out.key("doubleSided");
+            out.boolean(true);
+        }
         if (look.emissive != std::array<float, 3>{0, 0, 0}) {
             out.key("emissiveFactor");
             out.floats(look.emissive.data(), 3);
@@ -263,27 +279,53 @@ void Builder::writeMeshes(JsonText& out) const {
         out.string(mesh.name);
         out.key("primitives");
         out.beginArray();
-        for (const Part& part : mesh.parts) {
-            out.beginObject();
-            out.key("attributes");
-            out.beginObject();
-            for (const auto& [name, accessor] : part.attributes) {
-                out.key(name);
-                out.number(int64_t{accessor});
-            }
-            out.endObject();
-            out.key("indices");
-            out.number(int64_t{part.indices});
-            out.key("material");
-            out.number(int64_t{part.material});
-            out.key("mode");
-            out.number(int64_t{4});
-            out.endObject();
-        }
+        for (const Part& part : mesh.parts)
+            writePart(out, part);
         out.endArray();
         out.endObject();
     }
     out.endArray();
+}
+
+void Builder::writePart(JsonText& out, const Part& part) {
+    out.beginObject();
+    out.key("attributes");
+    out.beginObject();
+    for (const auto& [name, accessor] : part.attributes) {
+        out.key(name);
+        out.number(int64_t{accessor});
+    }
+    out.endObject();
+    if (!part.mappings.empty()) {
+        out.key("extensions");
+        out.beginObject();
+        out.key("KHR_materials_variants");
+        out.beginObject();
+        out.key("mappings");
+        out.beginArray();
+        for (const auto& [material, variants] : part.mappings) {
+            out.beginObject();
+            out.key("material");
+            out.number(int64_t{material});
+            out.key("variants");
+            out.value(variants);
+            out.endObject();
+        }
+        out.endArray();
+        out.endObject();
+        out.endObject();
+    }
+    if (!part.extras.is_null()) {
+        out.key("extras");
+        out.value(part.extras);
+    }
+    out.key("indices");
+    out.number(int64_t{part.indices});
+    out.key("material");
+    out.number(int64_t{part.material});
+    out.key("mode");
+    out.number(int64_t{4});
+    out.endObject();
 }
 
 // The document with its keys in order, as a dump of one JSON value would give it; a glTF array

@@ -26,7 +26,11 @@ struct Vertex {
 // The triangles of one material in one node, with their corners shared where they are equal.
 struct Primitive {
     int32_t material = 0;
-    bool textured = false;
+    // The materials other variants of the document show it in: each with the variants' indices
+    // (KHR_materials_variants); a variant not named shows `material`.
+    std::vector<std::pair<int32_t, std::vector<int32_t>>> mappings;
+    bool textured = false;  // has texture coordinates: one of its materials has an image
+    nlohmann::json extras;  // null for none
     std::vector<Vertex> vertices;
     std::vector<uint32_t> indices;
     std::map<Vertex, uint32_t> known;
@@ -41,6 +45,7 @@ struct MaterialLook {
     float roughness = 1;
     std::optional<int32_t> image;  // index of an added image
     enum class Alpha { Opaque, Mask, Blend } alpha = Alpha::Opaque;
+    bool doubleSided = false;  // otherwise back faces are culled
 };
 
 // The document's many accessors, buffer views, materials and meshes are kept as plain records
@@ -57,6 +62,8 @@ class Builder {
                         nlohmann::json extras);
     int32_t addPointLight(const std::array<float, 3>& position, const std::array<float, 3>& colour,
                           const std::string& name);
+    // The material variants the primitives' mappings count in, by their names.
+    void addVariants(const std::vector<std::string>& names);
     // The scene: one root node holding every node added, with `extras`.
     void finish(const std::string& name, nlohmann::json extras);
 
@@ -89,6 +96,8 @@ class Builder {
         std::vector<std::pair<const char*, int32_t>> attributes;  // in the order of their names
         int32_t indices = 0;
         int32_t material = 0;
+        std::vector<std::pair<int32_t, std::vector<int32_t>>> mappings;
+        nlohmann::json extras;
     };
     struct Mesh {
         std::string name;
@@ -99,11 +108,13 @@ class Builder {
     int32_t addAccessor(int32_t view, int32_t componentType, std::size_t count, const char* type,
                         const std::optional<Bounds>& bounds = std::nullopt);
     Part partOf(const Primitive& primitive);
+    void useExtension(const char* name);
     std::string text(bool pretty) const;
     void writeViews(JsonText& out) const;
     void writeAccessors(JsonText& out) const;
     void writeMaterials(JsonText& out) const;
     void writeMeshes(JsonText& out) const;
+    static void writePart(JsonText& out, const Part& part);
 
     nlohmann::json document_;  // every part but the four kept as records
     std::vector<View> views_;

@@ -300,7 +300,8 @@ TEST_F(ToolTest, EveryCommandFollowsOneRuleForOutputs) {
     EXPECT_EQ(runTool("edit " + model + " -o - --add-kill-shadow").out.substr(0, 4), "RIFF");
     EXPECT_EQ(runTool("export-flt " + model + " -o -").status, 2);
     EXPECT_EQ(runTool("export-gltf " + model + " -o -").out.substr(0, 4), "glTF");
-    EXPECT_EQ(runTool("export-gltf " + model + " -o x.gltf", dir.path()).status, 0);
+    EXPECT_EQ(runTool("export-gltf " + model + " -o x.gltf --double-sided", dir.path()).status, 0);
+    EXPECT_NE(readFile(dir.file("x.gltf")).find("\"doubleSided\": true"), std::string::npos);
     EXPECT_EQ(runTool("export-gltf " + model + " -o x.obj").status, 2);
     EXPECT_EQ(dir.listing(), "folder samples taken x.bin x.gltf") << "no stray files";
 }

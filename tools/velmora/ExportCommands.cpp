@@ -94,18 +94,16 @@ void addOpenFlightExport(CLI::App& app) {
 }
 
 std::string writeGLTF(velmora::MDLObject& model, const Output& out, const RenderOptions& options,
-                      FileResult& result) {
+                      bool doubleSided, FileResult& result) {
     const std::string lower = lowercase(out.target());
     if (!out.toStandardOutput() && !lower.ends_with(".glb") && !lower.ends_with(".gltf")) {
         throw UsageError(
             "give -o a name ending in .glb (one file) or .gltf (with .bin and images beside it), "
             "or - for a .glb on standard output");
     }
-    const std::optional<velmora::Scenario> scenario = scenarioOf(options);
+    const velmora::GLTFOptions gltf{options.textures, scenarioOf(options), doubleSided};
     velmora::GLTFExport summary;
-    const auto write = [&](const std::string& path) {
-        summary = model.exportGLTF(path, options.textures, scenario);
-    };
+    const auto write = [&](const std::string& path) { summary = model.exportGLTF(path, gltf); };
     try {
         // The library writes each file beside its target and moves it in whole.
         out.toStandardOutput() ? out.write(write) : write(out.target());
@@ -123,14 +121,19 @@ void addGLTFExport(CLI::App& app) {
     auto e = addExport(app, "export-gltf",
                        "Write a model as glTF 2.0 (.glb, or .gltf with files beside it)",
                        "velmora export-gltf MODEL.mdl... -o OUT.glb|DIR [--textures DIR] "
-                       "[--day N] [--set VAR=VALUE]",
+                       "[--day N] [--set VAR=VALUE] [--double-sided]",
                        "glTF file to write (.glb or .gltf), or a folder for several", ".glb");
     e->stream = Output::Stream::Binary;
     e->streamName = "out.glb";
     auto options = std::make_shared<RenderOptions>();
-    addScenarioOptions(*app.get_subcommand("export-gltf"), *options);
-    e->write = [options](velmora::MDLObject& model, const Output& out, FileResult& result) {
-        return writeGLTF(model, out, *options, result);
+    auto doubleSided = std::make_shared<bool>(false);
+    CLI::App* command = app.get_subcommand("export-gltf");
+    addScenarioOptions(*command, *options);
+    command->add_flag("--double-sided", *doubleSided,
+                      "Write every material double-sided, for models whose faces point both ways");
+    e->write = [options, doubleSided](velmora::MDLObject& model, const Output& out,
+                                      FileResult& result) {
+        return writeGLTF(model, out, *options, *doubleSided, result);
     };
 }
 
