@@ -7,6 +7,7 @@
 #include "tool/ToolRun.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <string>
 #include <vector>
@@ -114,6 +115,8 @@ TEST_F(PictureTest, EveryModelIsDrawnAndTheValuesSetForItAreNamed) {
 
 TEST_F(PictureTest, ReversedTrianglesAreHiddenSaidAndShownOnRequest) {
     const std::string pad = write("reversed.mdl", padModel({}, true));
+    EXPECT_EQ(nlohmann::json::parse(runTool("info --json " + q(pad)).out)["reversedTriangles"],
+              nlohmann::json::array({5, 6}));
     const std::string above = " -o - --size 200x150 --elevation 60";
     const ToolRun hidden = runTool("render " + q(pad) + above);
     EXPECT_EQ(hidden.status, 1);
