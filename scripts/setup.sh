@@ -10,7 +10,7 @@ packages=(
     libfreeimage-dev libstb-dev
     libegl-dev libgl-dev libglu1-mesa-dev libegl-mesa0 libgl1-mesa-dri
     openscenegraph
-    libcli11-dev nlohmann-json3-dev
+    libcli11-dev nlohmann-json3-dev libcpp-httplib-dev
     clang libclang-rt-14-dev
     python3
     chromium assimp-utils

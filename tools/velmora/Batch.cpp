@@ -28,33 +28,6 @@ bool leavesTree(const stdfs::directory_entry& entry, const stdfs::path& root, bo
     return code || mismatch.first != base.end();
 }
 
-// The files of a folder whose extension is one of `extensions`, sorted by path.
-std::vector<BatchInput> searchFolder(const std::string& folder, const BatchOptions& options,
-                                     const std::vector<std::string>& extensions) {
-    std::vector<BatchInput> found;
-    std::error_code code;
-    const auto follow = options.followLinks ? stdfs::directory_options::follow_directory_symlink
-                                            : stdfs::directory_options::none;
-    for (auto it = stdfs::recursive_directory_iterator(pathOf(folder), follow, code);
-         !code && it != stdfs::recursive_directory_iterator(); it.increment(code)) {
-        if (leavesTree(*it, pathOf(folder), options.followLinks)) {
-            it.disable_recursion_pending();
-            continue;
-        }
-        const std::string extension = lowercase(textOf(it->path().extension()));
-        if (!it->is_regular_file() ||
-            std::find(extensions.begin(), extensions.end(), extension) == extensions.end()) {
-            continue;
-        }
-        found.push_back(
-            {textOf(it->path()), genericTextOf(stdfs::relative(it->path(), pathOf(folder)))});
-    }
-    if (code) throw ToolError(folder, "can't be searched: " + code.message());
-    std::sort(found.begin(), found.end(),
-              [](const BatchInput& a, const BatchInput& b) { return a.relative < b.relative; });
-    return found;
-}
-
 std::vector<BatchInput> gatherInputs(const BatchOptions& options,
                                      const std::vector<std::string>& extensions) {
     std::vector<BatchInput> inputs;
@@ -65,7 +38,8 @@ std::vector<BatchInput> gatherInputs(const BatchOptions& options,
             inputs.push_back({argument, textOf(pathOf(argument).filename())});
             continue;
         }
-        const std::vector<BatchInput> found = searchFolder(argument, options, extensions);
+        const std::vector<BatchInput> found =
+            searchFolder(argument, options.followLinks, extensions);
         inputs.insert(inputs.end(), found.begin(), found.end());
     }
     return inputs;
@@ -271,6 +245,32 @@ void runAlone(const std::string& command, const BatchInput& input, bool asJson,
 }
 
 }  // namespace
+
+std::vector<BatchInput> searchFolder(const std::string& folder, bool followLinks,
+                                     const std::vector<std::string>& extensions) {
+    std::vector<BatchInput> found;
+    std::error_code code;
+    const auto follow = followLinks ? stdfs::directory_options::follow_directory_symlink
+                                    : stdfs::directory_options::none;
+    for (auto it = stdfs::recursive_directory_iterator(pathOf(folder), follow, code);
+         !code && it != stdfs::recursive_directory_iterator(); it.increment(code)) {
+        if (leavesTree(*it, pathOf(folder), followLinks)) {
+            it.disable_recursion_pending();
+            continue;
+        }
+        const std::string extension = lowercase(textOf(it->path().extension()));
+        if (!it->is_regular_file() ||
+            std::find(extensions.begin(), extensions.end(), extension) == extensions.end()) {
+            continue;
+        }
+        found.push_back(
+            {textOf(it->path()), genericTextOf(stdfs::relative(it->path(), pathOf(folder)))});
+    }
+    if (code) throw ToolError(folder, "can't be searched: " + code.message());
+    std::sort(found.begin(), found.end(),
+              [](const BatchInput& a, const BatchInput& b) { return a.relative < b.relative; });
+    return found;
+}
 
 void addBatchOptions(CLI::App& command, BatchOptions& options) {
     command.add_option("--jobs", options.jobs, "Files worked on at once (default: every core)")

@@ -40,6 +40,11 @@ struct BatchOptions {
     bool followLinks = false;
 };
 
+// The files of a folder whose extension, without regard to case, is one of `extensions`, sorted
+// by path; links are passed over unless `followLinks`, and those out of the folder always.
+std::vector<BatchInput> searchFolder(const std::string& folder, bool followLinks,
+                                     const std::vector<std::string>& extensions);
+
 // Adds --jobs, --fail-fast and --follow-links.
 void addBatchOptions(CLI::App& command, BatchOptions& options);
 

@@ -8,57 +8,24 @@ namespace tool {
 namespace {
 
 // The edit command's options as given; turned into the library's request once parsed.
-struct EditOptions {
+struct EditOptions : EditTexts {
     std::string model;
     std::string output;
-    velmora::EditRequest request;
-    std::vector<std::string> conditions;
-    std::string rotate;
-    std::string combine;
-    std::vector<std::string> seasons;
-    std::vector<std::string> textureSizes;
 };
-
-// The texts of the options in the library's terms; a text it doesn't understand is a usage
-// error naming the option.
-velmora::EditRequest requestOf(const EditOptions& o) {
-    velmora::EditRequest request = o.request;
-    const auto parsed = [](const std::string& option, const std::string& text, auto parse) {
-        try {
-            return parse(text);
-        } catch (const velmora::Error& e) {
-            throw UsageError("bad " + option + " '" + text + "': " + e.detail());
-        }
-    };
-    for (const auto& text : o.conditions)
-        request.conditions.push_back(parsed("--condition", text, velmora::parseCondition));
-    for (const auto& text : o.seasons)
-        request.seasons.push_back(parsed("--seasons", text, velmora::SeasonsEdit::parse));
-    for (const auto& text : o.textureSizes)
-        request.textureSizes.push_back(
-            parsed("--texture-size", text, velmora::TextureSizeEdit::parse));
-    if (!o.combine.empty()) request.combine = velmora::combinationNamed(o.combine);
-    if (!o.rotate.empty())
-        request.rotate = o.rotate == "user" ? velmora::RotUser : velmora::RotWind;
-    if (request.addKillShadow && request.removeKillShadow) {
-        throw UsageError("--add-kill-shadow and --remove-kill-shadow exclude each other");
-    }
-    return request;
-}
 
 velmora::EditResult apply(velmora::MDLObject& model, const velmora::EditRequest& request,
                           const std::string& path) {
     try {
         return velmora::editModel(model, request);
     } catch (const velmora::EditRefused& refused) {
-        throw ToolError(path, refused.detail(), "use --force " + refused.whenForced());
+        throw editRefusal(refused, path);
     } catch (const velmora::Error& e) {
         throw fromLibrary(e, path);
     }
 }
 
 void edit(const EditOptions& o) {
-    const velmora::EditRequest request = requestOf(o);
+    const velmora::EditRequest request = editRequestOf(o);
     // The target is checked before any work, so a bad one costs nothing.
     std::optional<Output> output;
     if (!o.output.empty()) output.emplace(o.output, Output::Stream::Binary);
@@ -112,6 +79,40 @@ void addEditOptions(CLI::App& command, EditOptions& o) {
 }
 
 }  // namespace
+
+velmora::EditRequest editRequestOf(const EditTexts& o) {
+    velmora::EditRequest request = o.request;
+    const auto parsed = [](const std::string& option, const std::string& text, auto parse) {
+        try {
+            return parse(text);
+        } catch (const velmora::Error& e) {
+            throw UsageError("bad " + option + " '" + text + "': " + e.detail());
+        }
+    };
+    for (const auto& text : o.conditions)
+        request.conditions.push_back(parsed("--condition", text, velmora::parseCondition));
+    for (const auto& text : o.seasons)
+        request.seasons.push_back(parsed("--seasons", text, velmora::SeasonsEdit::parse));
+    for (const auto& text : o.textureSizes)
+        request.textureSizes.push_back(
+            parsed("--texture-size", text, velmora::TextureSizeEdit::parse));
+    if (!o.combine.empty()) request.combine = velmora::combinationNamed(o.combine);
+    if (!o.rotate.empty())
+        request.rotate = o.rotate == "user" ? velmora::RotUser : velmora::RotWind;
+    if (request.addKillShadow && request.removeKillShadow) {
+        throw UsageError("--add-kill-shadow and --remove-kill-shadow exclude each other");
+    }
+    return request;
+}
+
+ToolError editRefusal(const velmora::EditRefused& refused, const std::string& path) {
+    return ToolError(path, refused.detail(), "use --force " + refused.whenForced());
+}
+
+std::string saidOf(const ToolError& error) {
+    return (error.file().empty() ? "" : error.file() + ": ") + error.what() +
+           (error.hint().empty() ? "" : "; " + error.hint());
+}
 
 void addEditCommand(CLI::App& app) {
     auto* command = addCommand(app, "edit", "Change a model and save it",

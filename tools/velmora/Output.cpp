@@ -1,5 +1,6 @@
 #include "Tool.h"
 
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -13,7 +14,7 @@ namespace {
 namespace stdfs = std::filesystem;
 
 std::string temporaryBeside(const stdfs::path& target) {
-    static int counter = 0;
+    static std::atomic<int> counter = 0;
     const stdfs::path folder = target.has_parent_path() ? target.parent_path() : ".";
     // The target's extension stays last: some writers derive names from it.
     return textOf(folder / pathOf(".velmora-" + std::to_string(processId()) + "-" +

@@ -1,6 +1,7 @@
 #include "Tool.h"
 
 #include <cstdio>
+#include <cstdlib>
 
 #ifdef _WIN32
 #include <windows.h>
@@ -88,6 +89,15 @@ bool standardErrorIsTerminal() {
     return _isatty(_fileno(stderr)) != 0;
 }
 
+bool openInBrowser(const std::string& url) {
+    const int size = MultiByteToWideChar(CP_UTF8, 0, url.c_str(), -1, nullptr, 0);
+    std::wstring wide(size > 0 ? static_cast<std::size_t>(size) : 1, L'\0');
+    MultiByteToWideChar(CP_UTF8, 0, url.c_str(), -1, wide.data(), size);
+    const auto opened = reinterpret_cast<INT_PTR>(
+        ShellExecuteW(nullptr, L"open", wide.c_str(), nullptr, nullptr, SW_SHOWNORMAL));
+    return opened > 32;
+}
+
 #else
 
 void replaceWith(const std::string& from, const std::string& to, std::error_code& code) {
@@ -118,6 +128,12 @@ bool standardOutputIsTerminal() {
 
 bool standardErrorIsTerminal() {
     return isatty(fileno(stderr)) != 0;
+}
+
+bool openInBrowser(const std::string& url) {
+    // The URL is the tool's own (digits, letters, ":/?=."), so it needs no more quoting.
+    const std::string line = "xdg-open '" + url + "' >/dev/null 2>&1";
+    return std::system(line.c_str()) == 0;
 }
 
 #endif

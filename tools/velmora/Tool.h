@@ -56,6 +56,23 @@ CLI::Validator numberFrom(double low, double high, bool whole = false);
 // `text` with its ASCII letters made small, for names compared without regard to case.
 std::string lowercase(std::string text);
 
+// The edit options as texts, as the command line or the studio gives them.
+struct EditTexts {
+    velmora::EditRequest request;  // the flags, set directly
+    std::vector<std::string> conditions;
+    std::string rotate;
+    std::string combine;
+    std::vector<std::string> seasons;
+    std::vector<std::string> textureSizes;
+};
+// The texts in the library's terms; a text it doesn't understand is a UsageError naming the
+// option ("--condition").
+velmora::EditRequest editRequestOf(const EditTexts& texts);
+// How the tool says a refused edit of the model at `path`: what it would do wrong, and --force.
+ToolError editRefusal(const velmora::EditRefused& refused, const std::string& path);
+// A ToolError in one line, as the tool prints it after its command's name: "FILE: what; hint".
+std::string saidOf(const ToolError& error);
+
 // The subcommands; each file adds its own to the application.
 void addInfoCommand(CLI::App& app);
 void addCommandsCommand(CLI::App& app);
@@ -63,6 +80,8 @@ void addRenderCommand(CLI::App& app);
 void addExportCommands(CLI::App& app);
 void addEditCommand(CLI::App& app);
 void addScanCommand(CLI::App& app);
+// Only where the build has an HTTP server library (VELMORA_STUDIO).
+void addStudioCommand(CLI::App& app);
 
 // Loads a model file. A folder, a missing file or a damaged model is a ToolError naming it.
 std::shared_ptr<velmora::MDLObject> loadModel(const std::string& path);
@@ -121,6 +140,8 @@ void replaceWith(const std::string& from, const std::string& to, std::error_code
 // True when the file exists and may not be written (no write permission, or read-only).
 bool isReadOnlyFile(const std::string& path);
 long long processId();
+// Opens `url` in the user's browser; false when that could not be started.
+bool openInBrowser(const std::string& url);
 // The command line as UTF-8 words, whatever the system's code page.
 std::vector<std::string> commandLine(int argc, char** argv);
 // Standard output and error take bytes as they are (no line-end translation), and a console

@@ -71,9 +71,7 @@ int run(CLI::App& app, int argc, char** argv) {
     } catch (const tool::UsageError& e) {
         return usageFailure(commandName(app), e.what());
     } catch (const tool::ToolError& e) {
-        std::cerr << "velmora " << commandName(app) << ": "
-                  << (e.file().empty() ? "" : e.file() + ": ") << e.what()
-                  << (e.hint().empty() ? "" : "; " + e.hint()) << "\n";
+        std::cerr << "velmora " << commandName(app) << ": " << tool::saidOf(e) << "\n";
         return 1;
     } catch (const velmora::Error& e) {
         const tool::ToolError error = tool::fromLibrary(e, "");
@@ -112,6 +110,9 @@ int main(int count, char** words) {
     tool::addExportCommands(app);
     tool::addEditCommand(app);
     tool::addScanCommand(app);
+#ifdef VELMORA_STUDIO
+    tool::addStudioCommand(app);
+#endif
 
     std::vector<std::string> commands;
     for (const CLI::App* sub : app.get_subcommands({}))

@@ -1,0 +1,63 @@
+#include "../ModelReport.h"
+#include "Studio.h"
+
+namespace tool::studio {
+
+namespace {
+
+json refusalOf(const velmora::EditRefused& refused, const std::string& path) {
+    return {{"refused",
+             {{"reasons", refused.reasons()},
+              {"note", refused.note()},
+              {"whenForced", refused.whenForced()},
+              {"message", saidOf(editRefusal(refused, path))}}}};
+}
+
+// Edits the model of `entry` and, when `save`, writes it in place by the tool's output rule:
+// beside, read back, moved into place. Answers with the model's info.
+void edit(Studio& studio, const Entry& entry, const velmora::EditRequest& request, bool save,
+          httplib::Response& response) {
+    const std::lock_guard<std::mutex> lock(studio.catalogue.lockOf(entry));
+    const auto model = studio.catalogue.load(entry);
+    std::optional<velmora::EditResult> result;
+    try {
+        result = velmora::editModel(*model, request);
+    } catch (const velmora::EditRefused& refused) {
+        return answerJson(response, refusalOf(refused, entry.path), 409);
+    } catch (const velmora::Error& e) {
+        return answerError(response, 400, saidOf(fromLibrary(e, entry.path)));
+    }
+    if (!save) return answerJson(response, modelReport(entry.path, *model));
+    Output(entry.path, Output::Stream::Refused)
+        .write([&](const std::string& path) { model->saveMDL(path); },
+               [&](const std::string& path) { result->checkWritten(path); });
+    answerJson(response, modelReport(entry.path, *studio.catalogue.load(entry)));
+}
+
+}  // namespace
+
+void addEditRoute(httplib::Server& server, Studio& studio) {
+    server.Post(R"(/api/models/([0-9a-f]{12})/edit)", [&studio](const httplib::Request& request,
+                                                                httplib::Response& response) {
+        const Entry* entry = studio.catalogue.find(request.matches[1]);
+        if (!entry) return answerError(response, 404, "no model has this id");
+        try {
+            bool save = true;
+            const velmora::EditRequest edits = editRequestOfBody(request.body, save);
+            if (entry->compiled && save) {
+                return answerError(response, 409,
+                                   "model " + std::to_string(entry->model) + " of " + entry->file +
+                                       " is inside a compiled file and can't be saved in place");
+            }
+            edit(studio, *entry, edits, save, response);
+        } catch (const UsageError& e) {
+            answerError(response, 400, e.what());
+        } catch (const ToolError& e) {
+            answerError(response, 500, saidOf(e));
+        } catch (const velmora::Error& e) {
+            answerError(response, 500, saidOf(fromLibrary(e, entry->path)));
+        }
+    });
+}
+
+}  // namespace tool::studio
