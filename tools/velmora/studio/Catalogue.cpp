@@ -111,4 +111,9 @@ void AnswerCache::put(const std::string& key, const Stamp& stamp, std::string an
     answers_[key] = {stamp, std::move(answer)};
 }
 
+void AnswerCache::forget(const std::string& key) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    answers_.erase(key);
+}
+
 }  // namespace tool::studio

@@ -31,6 +31,8 @@ void edit(Studio& studio, const Entry& entry, const velmora::EditRequest& reques
     Output(entry.path, Output::Stream::Refused)
         .write([&](const std::string& path) { model->saveMDL(path); },
                [&](const std::string& path) { result->checkWritten(path); });
+    studio.thumbnails.forget(entry.id);
+    studio.records.forget(entry.id);
     answerJson(response, modelReport(entry.path, *studio.catalogue.load(entry)));
 }
 

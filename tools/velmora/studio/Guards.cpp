@@ -1,5 +1,6 @@
 #include "Studio.h"
 
+#include <algorithm>
 #include <random>
 
 namespace tool::studio {

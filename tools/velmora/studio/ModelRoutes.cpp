@@ -2,6 +2,7 @@
 #include "../Rendering.h"
 #include "Studio.h"
 
+#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -53,10 +54,11 @@ std::string temporaryFile(const std::string& name) {
 
 std::string thumbnailOf(Studio& studio, const Entry& entry) {
     const auto model = studio.catalogue.load(entry);
-    RenderSettings settings;
-    settings.width = 256;
-    settings.height = 192;
-    settings.textures = textureFolderFor(*model, entry.path, studio.textures);
+    // The render command's view and defaults, at the size of a thumbnail.
+    RenderOptions options;
+    options.size = "256x192";
+    options.textures = textureFolderFor(*model, entry.path, studio.textures);
+    const RenderSettings settings = checkRenderSettings(options);
     const Picture picture = renderModel(*model, settings);
     const std::string path = temporaryFile("thumbnail.png");
     try {
@@ -137,7 +139,13 @@ void addModelRoutes(httplib::Server& server, Studio& studio) {
         json records = json::array();
         for (const Entry& entry : studio.catalogue.entries()) {
             try {
+                const Stamp stamp = stampOf(entry.path);
+                if (const auto known = studio.records.get(entry.id, stamp)) {
+                    records.push_back(json::parse(*known));
+                    continue;
+                }
                 records.push_back(recordOf(entry, *studio.catalogue.load(entry)));
+                studio.records.put(entry.id, stamp, records.back().dump());
             } catch (const std::exception& e) {
                 records.push_back({{"id", entry.id}, {"file", entry.file}, {"error", e.what()}});
             }

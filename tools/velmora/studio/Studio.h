@@ -62,6 +62,8 @@ class AnswerCache {
   public:
     std::optional<std::string> get(const std::string& key, const Stamp& stamp);
     void put(const std::string& key, const Stamp& stamp, std::string answer);
+    // Drops the answer, for a file changed within the stamp's resolution.
+    void forget(const std::string& key);
 
   private:
     std::mutex mutex_;
@@ -91,6 +93,7 @@ struct Studio {
     Catalogue catalogue;
     std::string textures;
     AnswerCache thumbnails;
+    AnswerCache records;  // of the model list, as JSON text
 };
 void addModelRoutes(httplib::Server& server, Studio& studio);
 void addEditRoute(httplib::Server& server, Studio& studio);

@@ -43,7 +43,7 @@ void serveUntilStopped(httplib::Server& server) {
 void serve(const StudioOptions& o) {
     const std::vector<std::string> folders =
         o.folders.empty() ? std::vector<std::string>{"."} : o.folders;
-    studio::Studio studio{studio::Catalogue(folders, o.followLinks), o.textures, {}};
+    studio::Studio studio{studio::Catalogue(folders, o.followLinks), o.textures, {}, {}};
     httplib::Server server;
     server.set_payload_max_length(1 << 20);
     const int port = listenOn(server, o.port);
