@@ -198,13 +198,29 @@ TEST_F(StudioTest, ServesAModelsInfoPictureAndGLTF) {
     EXPECT_EQ(json::parse(answer->body), info("samples/tree.mdl"));
 
 #ifdef VELMORA_HAS_PREVIEW
-    for (int twice = 0; twice < 2; ++twice) {
-        const auto png = client()->Get("/api/models/" + id + "/thumbnail.png");
-        ASSERT_EQ(statusOf(png), 200);
-        ASSERT_GT(png->body.size(), 24u);
-        EXPECT_EQ(png->body.substr(1, 3), "PNG");
+    // Every model's picture at once, drawn on as many threads, then one again from the cache.
+    std::vector<std::string> ids;
+    for (const auto& [name, record] : modelsByName())
+        ids.push_back(record["id"]);
+    ids.push_back(id);
+    std::vector<std::string> pictures(ids.size());
+    std::vector<std::thread> threads;
+    for (std::size_t i = 0; i + 1 < ids.size(); ++i) {
+        threads.emplace_back([&, i] {
+            const auto png = client()->Get("/api/models/" + ids[i] + "/thumbnail.png");
+            if (statusOf(png) == 200) pictures[i] = png->body;
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    const auto again = client()->Get("/api/models/" + id + "/thumbnail.png");
+    ASSERT_EQ(statusOf(again), 200);
+    pictures.back() = again->body;
+    for (const std::string& png : pictures) {
+        ASSERT_GT(png.size(), 24u);
+        EXPECT_EQ(png.substr(1, 3), "PNG");
         // The width and height of its IHDR: 256 by 192.
-        EXPECT_EQ(png->body.substr(16, 8), std::string("\0\0\1\0\0\0\0\xc0", 8));
+        EXPECT_EQ(png.substr(16, 8), std::string("\0\0\1\0\0\0\0\xc0", 8));
     }
 #endif
     const auto glb = client()->Get("/api/models/" + id + "/model.glb?day=200&night=1");
