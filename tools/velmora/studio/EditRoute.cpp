@@ -39,27 +39,20 @@ void edit(Studio& studio, const Entry& entry, const velmora::EditRequest& reques
 }  // namespace
 
 void addEditRoute(httplib::Server& server, Studio& studio) {
-    server.Post(R"(/api/models/([0-9a-f]{12})/edit)", [&studio](const httplib::Request& request,
-                                                                httplib::Response& response) {
-        const Entry* entry = studio.catalogue.find(request.matches[1]);
-        if (!entry) return answerError(response, 404, "no model has this id");
-        try {
-            bool save = true;
-            const velmora::EditRequest edits = editRequestOfBody(request.body, save);
-            if (entry->compiled && save) {
-                return answerError(response, 409,
-                                   "model " + std::to_string(entry->model) + " of " + entry->file +
-                                       " is inside a compiled file and can't be saved in place");
-            }
-            edit(studio, *entry, edits, save, response);
-        } catch (const UsageError& e) {
-            answerError(response, 400, e.what());
-        } catch (const ToolError& e) {
-            answerError(response, 500, saidOf(e));
-        } catch (const velmora::Error& e) {
-            answerError(response, 500, saidOf(fromLibrary(e, entry->path)));
-        }
-    });
+    server.Post(R"(/api/models/([0-9a-f]{12})/edit)",
+                forModel(studio, [&studio](const Entry& entry, const httplib::Request& request,
+                                           httplib::Response& response) {
+                    bool save = true;
+                    const velmora::EditRequest edits = editRequestOfBody(request.body, save);
+                    if (entry.compiled && save) {
+                        return answerError(response, 409,
+                                           "model " + std::to_string(entry.model) + " of " +
+                                               entry.file +
+                                               " is inside a compiled file and can't be saved "
+                                               "in place");
+                    }
+                    edit(studio, entry, edits, save, response);
+                }));
 }
 
 }  // namespace tool::studio

@@ -112,6 +112,8 @@ std::string glbOf(Studio& studio, const Entry& entry, const httplib::Request& re
     return readAndRemove(path);
 }
 
+}  // namespace
+
 // Runs `answer` for the model the address names; unknown ids are 404, the tool's failures 400
 // for bad values and 500 otherwise.
 httplib::Server::Handler forModel(
@@ -131,8 +133,6 @@ httplib::Server::Handler forModel(
         }
     };
 }
-
-}  // namespace
 
 void addModelRoutes(httplib::Server& server, Studio& studio) {
     server.Get("/api/models", [&studio](const httplib::Request&, httplib::Response& response) {

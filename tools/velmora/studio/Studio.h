@@ -102,5 +102,10 @@ void addPage(httplib::Server& server);
 // Answers with JSON; with {"error": message} for a failure.
 void answerJson(httplib::Response& response, const json& body, int status = 200);
 void answerError(httplib::Response& response, int status, const std::string& message);
+// Runs `answer` for the model the address names; unknown ids are 404, the tool's failures 400
+// for bad values and 500 otherwise.
+httplib::Server::Handler forModel(
+    Studio& studio,
+    std::function<void(const Entry&, const httplib::Request&, httplib::Response&)> answer);
 
 }  // namespace tool::studio
