@@ -55,11 +55,7 @@ double coverage(const std::string& png) {
 
 class PictureTest : public ::testing::Test {
   protected:
-    void SetUp() override {
-        const std::string line =
-            std::string(VELMORA_MAKE_SAMPLES) + " " + q(dir.file("samples")) + " >/dev/null";
-        ASSERT_EQ(std::system(line.c_str()), 0);
-    }
+    void SetUp() override { ASSERT_TRUE(makeSamples(dir.file("samples"))); }
     std::string write(const std::string& name, const std::string& bytes) const {
         writeFile(dir.file(name), bytes);
         return dir.file(name);

@@ -80,9 +80,7 @@ class StudioProcess {
 class StudioTest : public ::testing::Test {
   protected:
     void SetUp() override {
-        const std::string line =
-            std::string(VELMORA_MAKE_SAMPLES) + " " + q(dir.file("samples")) + " >/dev/null";
-        ASSERT_EQ(std::system(line.c_str()), 0);
+        ASSERT_TRUE(makeSamples(dir.file("samples")));
         studio = std::make_unique<StudioProcess>(dir.path());
         ASSERT_GT(studio->port, 0);
         ASSERT_EQ(studio->token.size(), 32u);

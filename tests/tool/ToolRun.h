@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <sstream>
 #include <string>
@@ -46,6 +47,12 @@ inline ToolRun runTool(const std::string& args, const std::string& folder = ".")
 
 inline std::string q(const std::string& path) {
     return "'" + path + "'";
+}
+
+// Makes fresh samples in `folder` with the sample program; false when it fails.
+inline bool makeSamples(const std::string& folder) {
+    const std::string line = std::string(VELMORA_MAKE_SAMPLES) + " " + q(folder) + " >/dev/null";
+    return std::system(line.c_str()) == 0;
 }
 
 // JSON Lines: each line parsed on its own.
