@@ -178,6 +178,8 @@ TEST_F(Batch, OneInputGivesTheRecordsOfManyAndTheSummaryStaysOffStandardOutput) 
     const std::vector<json> failed = jsonLines(cut.out);
     ASSERT_EQ(failed.size(), 1u) << cut.out;
     EXPECT_EQ(failed[0]["failure"]["file"], dir.file("cut.mdl"));
+    EXPECT_EQ(failed[0]["failure"]["section"], "MDLH") << "the library's error, with its place";
+    EXPECT_EQ(failed[0]["failure"]["source"], "Velmora");
     EXPECT_NE(cut.err.find("cut.mdl: section \"MDLH\""), std::string::npos) << cut.err;
     // A stream on standard output would mix with the lines.
     EXPECT_EQ(runTool("export-asm --json " + building + " -o -").status, 2);

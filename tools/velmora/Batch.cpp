@@ -53,15 +53,11 @@ FileResult::Failure failureOf(const std::exception_ptr& error, const std::string
     } catch (const velmora::Error& e) {
         const ToolError said = fromLibrary(e, file);
         failure.message = said.what();
-        context = {{"file", said.file()},
-                   {"number", e.number()},
-                   {"source", e.source()},
-                   {"description", e.description()}};
-        if (!e.section().empty()) context["section"] = e.section();
-        if (e.offset() >= 0) context["offset"] = e.offset();
-        if (e.command() > 0) context["command"] = e.command();
+        context.update(said.library());
+        context["file"] = said.file();
     } catch (const ToolError& e) {
         failure.message = std::string(e.what()) + (e.hint().empty() ? "" : "; " + e.hint());
+        context.update(e.library());
         context["file"] = e.file().empty() ? file : e.file();
     } catch (const std::exception& e) {
         failure.message = e.what();

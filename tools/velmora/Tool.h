@@ -23,10 +23,18 @@ class ToolError : public std::runtime_error {
     ToolError(std::string file, const std::string& what, std::string hint = "");
     const std::string& file() const { return file_; }
     const std::string& hint() const { return hint_; }
+    // For a failure the library raised: its number, source, description and where it lies, as
+    // the JSON of a failure gives them; an empty object otherwise.
+    const json& library() const { return library_; }
+    ToolError& library(json context) {
+        library_ = std::move(context);
+        return *this;
+    }
 
   private:
     std::string file_;
     std::string hint_;
+    json library_ = json::object();
 };
 
 class UsageError : public std::runtime_error {

@@ -43,9 +43,15 @@ std::string lowercase(std::string text) {
 ToolError fromLibrary(const velmora::Error& error, const std::string& file,
                       const std::string& hint) {
     const std::string place = error.file().empty() ? file : error.file();
+    json context{{"number", error.number()},
+                 {"source", error.source()},
+                 {"description", error.description()}};
+    if (!error.section().empty()) context["section"] = error.section();
+    if (error.offset() >= 0) context["offset"] = error.offset();
+    if (error.command() > 0) context["command"] = error.command();
     // What an edit can't do is said in the words of the edit alone.
     if (error.source() == "Velmora.ModelEdit" && !error.detail().empty()) {
-        return ToolError(place, error.detail(), hint);
+        return ToolError(place, error.detail(), hint).library(context);
     }
     // what() starts with the file when the error knows it; the tool puts the file in front itself.
     std::string what = error.what();
@@ -57,7 +63,7 @@ ToolError fromLibrary(const velmora::Error& error, const std::string& file,
     const std::string numbered =
         "error " + std::to_string(error.number()) + ": " + error.description();
     if (what == error.description() || what == "(" + numbered + ")") what = numbered;
-    return ToolError(place, what, hint);
+    return ToolError(place, what, hint).library(context);
 }
 
 void checkInputFile(const std::string& path) {
