@@ -33,20 +33,23 @@ for p in "${packages[@]}"; do
     fi
 done
 
-# The Khronos glTF validator, three.js and playwright-core, from the npm registry, into the
-# folder the glTF tests use.
-install_gltf_readers() {
-    local folder
-    folder="$(dirname "$0")/../tests/gltf"
-    if [ ! -d "$folder/node_modules" ] || [ "$folder/package-lock.json" -nt "$folder/node_modules" ]; then
-        echo "Installing the glTF readers into tests/gltf/node_modules"
-        (cd "$folder" && npm ci --no-audit --no-fund --loglevel=error >/dev/null)
-        touch "$folder/node_modules"
-    fi
+# The npm packages: the glTF readers (the Khronos validator, three.js, playwright-core), the
+# studio page's bundler and three.js, and puppeteer-core for the page's tests.
+install_node_packages() {
+    local root folder
+    root="$(cd "$(dirname "$0")/.." && pwd)"
+    for folder in tests/gltf tools/velmora/studio/page tests/tool/browser; do
+        if [ ! -d "$root/$folder/node_modules" ] ||
+            [ "$root/$folder/package-lock.json" -nt "$root/$folder/node_modules" ]; then
+            echo "Installing the npm packages of $folder"
+            (cd "$root/$folder" && npm ci --no-audit --no-fund --loglevel=error >/dev/null)
+            touch "$root/$folder/node_modules"
+        fi
+    done
 }
 
 if [ ${#missing[@]} -eq 0 ]; then
-    install_gltf_readers
+    install_node_packages
     exit 0
 fi
 
@@ -63,4 +66,4 @@ apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 if [ ${#with_recommends[@]} -gt 0 ]; then
     apt-get install -y -qq "${with_recommends[@]}" >/dev/null
 fi
-install_gltf_readers
+install_node_packages

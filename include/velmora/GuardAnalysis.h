@@ -88,6 +88,10 @@ class GuardAnalysis {
         const std::function<int32_t(int32_t variable)>& current,
         const std::set<int32_t>& fixed = {}) const;
 
+    // The variables the guard's tests of ranges and masks look at, in increasing order; none when
+    // the guard was not worked out.
+    std::vector<int32_t> variables() const;
+
     // The formula that `conditions` stands for, in the terms this analysis uses.
     static std::string formulaOf(const ConditionList& conditions);
     // The term of a test command as formulas write it ("798 in 3..5"); "" for no test.

@@ -107,6 +107,14 @@ class Search {
 
 }  // namespace
 
+std::vector<int32_t> GuardAnalysis::variables() const {
+    if (!workedOut_ || !function_) return {};
+    std::vector<int32_t> out;
+    for (const auto& entry : candidatesOf(function_->readings))
+        out.push_back(entry.first);
+    return out;
+}
+
 std::optional<std::map<int32_t, int32_t>> GuardAnalysis::valuesToHold(
     const ValueOf& current, const std::set<int32_t>& fixed) const {
     if (guardedCall_ == 0) return std::map<int32_t, int32_t>{};

@@ -1,4 +1,5 @@
 #include "support/TempDir.h"
+#include "tool/PadModel.h"
 #include "tool/ToolRun.h"
 
 #include <gtest/gtest.h>
@@ -228,25 +229,75 @@ TEST_F(StudioTest, ServesAModelsInfoPictureAndGLTF) {
     EXPECT_EQ(statusOf(client()->Get("/api/models/" + id + "/model.glb?set=798")), 400);
 }
 
-TEST_F(StudioTest, AnEditIsSavedInPlaceAndReadsBackOrIsOnlyShown) {
+TEST_F(StudioTest, GivesTheListingTheScenarioThatShowsAModelAndItsReversedTriangles) {
+    // A pad behind the mask test (250 & 1), wound against its normals.
+    writeFile(dir.file("samples/pad.mdl"),
+              padModel({{velmora::IFMSK, {jw(2), w(250), w(1)}}}, true));
+    studio = std::make_unique<StudioProcess>(dir.path());
+    const std::string id = idOf("pad.mdl#1");
+    const auto get = [&](const std::string& what) {
+        const auto answer = client()->Get("/api/models/" + id + "/" + what);
+        return statusOf(answer) == 200 ? json::parse(answer->body) : json();
+    };
+
+    EXPECT_EQ(get("commands")["commands"].size(), 8u);
+    const json scenario = get("scenario");
+    EXPECT_EQ(scenario["drawnWith"], json({{"250", 1}}));
+    EXPECT_EQ(scenario["variables"], json::parse(R"([{"variable": 798, "value": 5},
+                                                     {"variable": 250, "value": 1}])"));
+    // In glTF's axes: the model's z turned round.
+    const json reversed = get("reversed?set=250%3D1")["triangles"];
+    ASSERT_EQ(reversed.size(), 2u);
+    EXPECT_EQ(reversed[0]["command"], 6);
+    EXPECT_EQ(reversed[0]["corners"], json::parse("[[-5, 0, 5], [5, 0, -5], [5, 0, 5]]"));
+    EXPECT_TRUE(get("reversed?set=250%3D0")["triangles"].empty());
+
+    EXPECT_EQ(statusOf(edit(id, {{"fix-winding", true}})), 200);
+    EXPECT_TRUE(get("reversed?set=250%3D1")["triangles"].empty());
+}
+
+TEST_F(StudioTest, AnEditIsPreviewedUndoneAndSavedInPlaceOrUnderANewName) {
     const std::string model = dir.file("samples/building.mdl");
     const std::string id = idOf("building.mdl#1");
-    const json condition = {{"condition", {"between 798 3 5"}}, {"combine", "and"}};
-
-    json preview = condition;
-    preview["save"] = false;
     const std::string before = readFile(model);
-    const auto shown = edit(id, preview);
-    ASSERT_EQ(statusOf(shown), 200);
-    EXPECT_EQ(readFile(model), before);
+    const auto post = [&](const std::string& what, const json& body) {
+        return client()->Post("/api/models/" + id + "/" + what, body.dump(), "application/json");
+    };
+    const auto formulaOf = [](const httplib::Result& answer) {
+        return answer ? json::parse(answer->body)["guard"]["formula"].get<std::string>() : "";
+    };
 
-    const auto saved = edit(id, condition);
-    ASSERT_EQ(statusOf(saved), 200) << saved->body;
-    const json report = json::parse(saved->body);
-    const std::string formula = report["guard"]["formula"];
-    EXPECT_NE(formula.find("798 in 3..5"), std::string::npos) << formula;
-    EXPECT_EQ(json::parse(shown->body)["guard"], report["guard"]);
-    EXPECT_EQ(info(model)["guard"]["formula"], formula);
+    // Previewed edits pile up unsaved; the studio shows them, the file stays as it was.
+    json preview = {{"condition", {"between 500 1 2"}}, {"save", false}};
+    EXPECT_EQ(formulaOf(post("edit", preview)), "798 in 2..5 and 500 in 1..2");
+    preview["condition"] = {"mask 240 16"};
+    EXPECT_EQ(formulaOf(post("edit", preview)), "798 in 2..5 and 500 in 1..2 and (240 & 16)");
+    EXPECT_EQ(readFile(model), before);
+    EXPECT_EQ(modelsByName()["building.mdl#1"]["unsaved"], 2);
+    EXPECT_EQ(statusOf(client()->Get("/api/models/" + id + "/model.glb?season=winter")), 200);
+
+    EXPECT_EQ(formulaOf(post("undo", json::object())), "798 in 2..5 and 500 in 1..2");
+    EXPECT_EQ(formulaOf(post("save", json::object())), "798 in 2..5 and 500 in 1..2");
+    EXPECT_EQ(info(model)["guard"]["formula"], "798 in 2..5 and 500 in 1..2");
+    EXPECT_EQ(statusOf(post("undo", json::object())), 409);
+
+    // An edit saved at once, as scripts make them.
+    const auto saved =
+        post("edit", {{"condition", {"between 798 3 5"}}, {"clear-conditions", true}});
+    EXPECT_EQ(formulaOf(saved), "798 in 3..5");
+    EXPECT_EQ(info(model)["guard"]["formula"], "798 in 3..5");
+
+    // Save as: a plain new name beside the file, which joins the list.
+    EXPECT_EQ(statusOf(post("edit", {{"add-kill-shadow", true}, {"save", false}})), 200);
+    for (const char* name : {"../out.mdl", "sub/out.mdl", "out.txt", ".mdl", ""})
+        EXPECT_EQ(statusOf(post("save", {{"as", name}})), 400) << name;
+    EXPECT_EQ(statusOf(post("save", {{"as", "tree.mdl"}})), 409);
+    const auto copy = post("save", {{"as", "copy.mdl"}});
+    ASSERT_EQ(statusOf(copy), 200) << copy->body;
+    EXPECT_EQ(json::parse(copy->body)["id"], idOf("copy.mdl#1"));
+    EXPECT_TRUE(info(dir.file("samples/copy.mdl"))["killShadow"]);
+    EXPECT_FALSE(info(model)["killShadow"]);
+    EXPECT_EQ(modelsByName()["building.mdl#1"]["unsaved"], 0);
 }
 
 TEST_F(StudioTest, ARefusedEditSaysWhyAndIsForcedOnRequest) {

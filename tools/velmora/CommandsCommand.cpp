@@ -1,4 +1,5 @@
 #include "Batch.h"
+#include "ModelReport.h"
 
 #include <sstream>
 
@@ -18,6 +19,8 @@ json parameterJson(const std::string& text) {
     if (number.dump() == text) return number;
     return {{"value", number}, {"text", text}};
 }
+
+}  // namespace
 
 json commandsReport(const std::string& path, const velmora::BGLCommandList& list) {
     json commands = json::array();
@@ -45,6 +48,8 @@ json commandsReport(const std::string& path, const velmora::BGLCommandList& list
     }
     return {{"format", kJsonFormat}, {"file", path}, {"commands", commands}};
 }
+
+namespace {
 
 std::string listing(const velmora::BGLCommandList& list) {
     std::ostringstream out;

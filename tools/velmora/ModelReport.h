@@ -10,6 +10,10 @@ namespace tool {
 // guard of the guarded call, the seasonal runs, the lights, the size tests and the kill shadow.
 json modelReport(const std::string& path, const velmora::MDLObject& model);
 
+// The command stream as JSON (see docs/json.md): each command's position, opcode, name,
+// parameters and jump destinations.
+json commandsReport(const std::string& path, const velmora::BGLCommandList& list);
+
 // The report as text for people.
 void printReport(const json& report, std::ostream& out);
 

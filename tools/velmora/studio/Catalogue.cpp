@@ -1,6 +1,7 @@
 #include "../Batch.h"
 #include "Studio.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
@@ -60,7 +61,8 @@ Stamp stampOf(const std::string& path) {
     return {static_cast<int64_t>(time.time_since_epoch().count()), static_cast<int64_t>(size)};
 }
 
-Catalogue::Catalogue(const std::vector<std::string>& folders, bool followLinks) {
+Catalogue::Catalogue(const std::vector<std::string>& folders, bool followLinks)
+    : folders_(folders) {
     for (std::size_t index = 0; index < folders.size(); ++index) {
         const std::string& folder = folders[index];
         std::error_code code;
@@ -79,11 +81,31 @@ Catalogue::Catalogue(const std::vector<std::string>& folders, bool followLinks) 
     }
 }
 
+std::vector<Entry> Catalogue::entries() const {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return {entries_.begin(), entries_.end()};
+}
+
 const Entry* Catalogue::find(const std::string& id) const {
+    const std::lock_guard<std::mutex> lock(mutex_);
     for (const Entry& entry : entries_) {
         if (entry.id == id) return &entry;
     }
     return nullptr;
+}
+
+const Entry& Catalogue::addBeside(const Entry& next, const std::string& name) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    const std::string path = textOf(pathOf(next.path).parent_path() / pathOf(name));
+    const std::string parent = textOf(pathOf(next.file).parent_path());
+    const std::string relative = parent.empty() ? name : parent + "/" + name;
+    const auto folder = std::find(folders_.begin(), folders_.end(), next.folder);
+    const std::string id = idOf(static_cast<std::size_t>(folder - folders_.begin()), relative, 1);
+    for (const Entry& entry : entries_) {
+        if (entry.id == id) return entry;
+    }
+    locks_.emplace(path, std::make_unique<std::mutex>());
+    return entries_.emplace_back(Entry{id, path, relative, next.folder, 1, false});
 }
 
 std::shared_ptr<velmora::MDLObject> Catalogue::load(const Entry& entry) const {
@@ -96,6 +118,7 @@ std::shared_ptr<velmora::MDLObject> Catalogue::load(const Entry& entry) const {
 }
 
 std::mutex& Catalogue::lockOf(const Entry& entry) {
+    const std::lock_guard<std::mutex> lock(mutex_);
     return *locks_.at(entry.path);
 }
 

@@ -13,12 +13,13 @@ json refusalOf(const velmora::EditRefused& refused, const std::string& path) {
               {"message", saidOf(editRefusal(refused, path))}}}};
 }
 
-// Edits the model of `entry` and, when `save`, writes it in place by the tool's output rule:
-// beside, read back, moved into place. Answers with the model's info.
+// Edits the model of `entry` as the studio shows it. Saved, it is written in place by the tool's
+// output rule (beside, read back, moved into place) with its earlier unsaved edits; otherwise the
+// edit joins them. Answers with the model's info.
 void edit(Studio& studio, const Entry& entry, const velmora::EditRequest& request, bool save,
           httplib::Response& response) {
     const std::lock_guard<std::mutex> lock(studio.catalogue.lockOf(entry));
-    const auto model = studio.catalogue.load(entry);
+    const auto model = studio.load(entry);
     std::optional<velmora::EditResult> result;
     try {
         result = velmora::editModel(*model, request);
@@ -27,13 +28,16 @@ void edit(Studio& studio, const Entry& entry, const velmora::EditRequest& reques
     } catch (const velmora::Error& e) {
         return answerError(response, 400, saidOf(fromLibrary(e, entry.path)));
     }
-    if (!save) return answerJson(response, modelReport(entry.path, *model));
-    Output(entry.path, Output::Stream::Refused)
-        .write([&](const std::string& path) { model->saveMDL(path); },
-               [&](const std::string& path) { result->checkWritten(path); });
-    studio.thumbnails.forget(entry.id);
-    studio.records.forget(entry.id);
-    answerJson(response, modelReport(entry.path, *studio.catalogue.load(entry)));
+    if (save) {
+        Output(entry.path, Output::Stream::Refused)
+            .write([&](const std::string& path) { model->saveMDL(path); },
+                   [&](const std::string& path) { result->checkWritten(path); });
+        studio.drafts.clear(entry.id);
+    } else {
+        studio.drafts.push(entry.id, bytesOf(*model));
+    }
+    studio.changed(entry);
+    answerJson(response, modelReport(entry.path, *studio.load(entry)));
 }
 
 }  // namespace

@@ -15,45 +15,8 @@ namespace stdfs = std::filesystem;
 
 const char* const kModelPath = R"(/api/models/([0-9a-f]{12}))";
 
-json recordOf(const Entry& entry, const velmora::MDLObject& model) {
-    const velmora::StreamAnalysis analysis(*model.BGLCommandList());
-    const velmora::GuardAnalysis& guard = analysis.guard();
-    return {{"id", entry.id},
-            {"file", entry.file},
-            {"folder", entry.folder},
-            {"model", entry.model},
-            {"guard", guard.guardedCall() == 0 ? json(nullptr) : json(guard.formula())},
-            {"vertices", model.VertexList()->Count()},
-            {"commands", model.BGLCommandList()->Count()},
-            {"reversedTriangles", velmora::reversedTriangles(model).size()},
-            {"seasons", !analysis.seasonalRuns().empty()},
-            {"lights", analysis.lights().size()},
-            {"editable", !entry.compiled}};
-}
-
-std::string readAndRemove(const std::string& path) {
-    std::string bytes;
-    {
-        std::ifstream in(pathOf(path), std::ios::binary);
-        std::ostringstream out;
-        out << in.rdbuf();
-        bytes = out.str();
-    }
-    std::error_code ignored;
-    stdfs::remove(pathOf(path), ignored);
-    return bytes;
-}
-
-// A temporary file for one answer, removed once read.
-std::string temporaryFile(const std::string& name) {
-    static std::atomic<int> counter = 0;
-    return textOf(stdfs::temp_directory_path() /
-                  pathOf("velmora-studio-" + std::to_string(processId()) + "-" +
-                         std::to_string(counter++) + "-" + name));
-}
-
 std::string thumbnailOf(Studio& studio, const Entry& entry) {
-    const auto model = studio.catalogue.load(entry);
+    const auto model = studio.load(entry);
     // The render command's view and defaults, at the size of a thumbnail.
     RenderOptions options;
     options.size = "256x192";
@@ -71,7 +34,38 @@ std::string thumbnailOf(Studio& studio, const Entry& entry) {
     return readAndRemove(path);
 }
 
-// The scenario the address asks for, as --day, --season, --night and --set give it.
+std::string glbOf(Studio& studio, const Entry& entry, const httplib::Request& request) {
+    const RenderOptions options = scenarioOptions(request);
+    const std::string doubleSided = request.get_param_value("double-sided");
+    const auto model = studio.load(entry);
+    const velmora::GLTFOptions gltf{
+        textureFolderFor(*model, entry.path, studio.textures), scenarioOf(options),
+        request.has_param("double-sided") && doubleSided != "0" && doubleSided != "false"};
+    const std::string path = temporaryFile("model.glb");
+    try {
+        model->exportGLTF(path, gltf);
+    } catch (...) {
+        std::error_code ignored;
+        stdfs::remove(pathOf(path), ignored);
+        throw;
+    }
+    return readAndRemove(path);
+}
+
+// An answer about the entry from the cache while its file is unchanged and it has no unsaved
+// edits; made by `make` otherwise.
+std::string cachedAnswer(Studio& studio, AnswerCache& cache, const Entry& entry,
+                         const std::function<std::string()>& make) {
+    if (studio.drafts.steps(entry.id) != 0) return make();
+    const Stamp stamp = stampOf(entry.path);
+    if (auto known = cache.get(entry.id, stamp)) return *known;
+    std::string answer = make();
+    cache.put(entry.id, stamp, answer);
+    return answer;
+}
+
+}  // namespace
+
 RenderOptions scenarioOptions(const httplib::Request& request) {
     RenderOptions options;
     const auto yes = [&](const char* name) {
@@ -94,25 +88,22 @@ RenderOptions scenarioOptions(const httplib::Request& request) {
     return options;
 }
 
-std::string glbOf(Studio& studio, const Entry& entry, const httplib::Request& request) {
-    const RenderOptions options = scenarioOptions(request);
-    const std::string doubleSided = request.get_param_value("double-sided");
-    const auto model = studio.catalogue.load(entry);
-    const velmora::GLTFOptions gltf{
-        textureFolderFor(*model, entry.path, studio.textures), scenarioOf(options),
-        request.has_param("double-sided") && doubleSided != "0" && doubleSided != "false"};
-    const std::string path = temporaryFile("model.glb");
-    try {
-        model->exportGLTF(path, gltf);
-    } catch (...) {
-        std::error_code ignored;
-        stdfs::remove(pathOf(path), ignored);
-        throw;
-    }
-    return readAndRemove(path);
+json recordOf(const Studio& studio, const Entry& entry, const velmora::MDLObject& model) {
+    const velmora::StreamAnalysis analysis(*model.BGLCommandList());
+    const velmora::GuardAnalysis& guard = analysis.guard();
+    return {{"id", entry.id},
+            {"file", entry.file},
+            {"folder", entry.folder},
+            {"model", entry.model},
+            {"guard", guard.guardedCall() == 0 ? json(nullptr) : json(guard.formula())},
+            {"vertices", model.VertexList()->Count()},
+            {"commands", model.BGLCommandList()->Count()},
+            {"reversedTriangles", velmora::reversedTriangles(model).size()},
+            {"seasons", !analysis.seasonalRuns().empty()},
+            {"lights", analysis.lights().size()},
+            {"editable", !entry.compiled},
+            {"unsaved", studio.drafts.steps(entry.id)}};
 }
-
-}  // namespace
 
 // Runs `answer` for the model the address names; unknown ids are 404, the tool's failures 400
 // for bad values and 500 otherwise.
@@ -139,13 +130,9 @@ void addModelRoutes(httplib::Server& server, Studio& studio) {
         json records = json::array();
         for (const Entry& entry : studio.catalogue.entries()) {
             try {
-                const Stamp stamp = stampOf(entry.path);
-                if (const auto known = studio.records.get(entry.id, stamp)) {
-                    records.push_back(json::parse(*known));
-                    continue;
-                }
-                records.push_back(recordOf(entry, *studio.catalogue.load(entry)));
-                studio.records.put(entry.id, stamp, records.back().dump());
+                records.push_back(json::parse(cachedAnswer(studio, studio.records, entry, [&] {
+                    return recordOf(studio, entry, *studio.load(entry)).dump();
+                })));
             } catch (const std::exception& e) {
                 records.push_back({{"id", entry.id}, {"file", entry.file}, {"error", e.what()}});
             }
@@ -154,18 +141,14 @@ void addModelRoutes(httplib::Server& server, Studio& studio) {
     });
     server.Get(kModelPath, forModel(studio, [&studio](const Entry& entry, const httplib::Request&,
                                                       httplib::Response& response) {
-                   answerJson(response, modelReport(entry.path, *studio.catalogue.load(entry)));
+                   answerJson(response, modelReport(entry.path, *studio.load(entry)));
                }));
     server.Get(std::string(kModelPath) + "/thumbnail.png",
                forModel(studio, [&studio](const Entry& entry, const httplib::Request&,
                                           httplib::Response& response) {
-                   const Stamp stamp = stampOf(entry.path);
-                   std::optional<std::string> png = studio.thumbnails.get(entry.id, stamp);
-                   if (!png) {
-                       png = thumbnailOf(studio, entry);
-                       studio.thumbnails.put(entry.id, stamp, *png);
-                   }
-                   response.set_content(*png, "image/png");
+                   const std::string png = cachedAnswer(studio, studio.thumbnails, entry,
+                                                        [&] { return thumbnailOf(studio, entry); });
+                   response.set_content(png, "image/png");
                }));
     server.Get(std::string(kModelPath) + "/model.glb",
                forModel(studio, [&studio](const Entry& entry, const httplib::Request& request,

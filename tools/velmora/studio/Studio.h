@@ -1,15 +1,18 @@
 #pragma once
 
+#include "../Rendering.h"
 #include "../Tool.h"
 
 #include <httplib.h>
 
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tool::studio {
@@ -40,22 +43,50 @@ struct Entry {
     bool compiled = false;
 };
 
-// Every model of the folders, found once when the studio starts, and what the studio keeps of
-// them: a lock for each file, so that edits of one file follow each other.
+// Every model of the folders, found when the studio starts, with the files saved under new names
+// since, and what the studio keeps of them: a lock for each file, so that edits of one file
+// follow each other. Entries found stay where they are while others are added.
 class Catalogue {
   public:
     Catalogue(const std::vector<std::string>& folders, bool followLinks);
 
-    const std::vector<Entry>& entries() const { return entries_; }
+    std::vector<Entry> entries() const;
     const Entry* find(const std::string& id) const;
+    // Adds the model file `name` saved beside the file of `next` (an entry of the catalogue).
+    const Entry& addBeside(const Entry& next, const std::string& name);
     // Reads the entry's model from its file.
     std::shared_ptr<velmora::MDLObject> load(const Entry& entry) const;
     std::mutex& lockOf(const Entry& entry);
 
   private:
-    std::vector<Entry> entries_;
+    std::vector<std::string> folders_;
+    mutable std::mutex mutex_;
+    std::deque<Entry> entries_;
     std::map<std::string, std::unique_ptr<std::mutex>> locks_;
 };
+
+// The edits of each model not yet saved: the model's bytes after each of them, the last one what
+// the studio shows.
+class Drafts {
+  public:
+    // The bytes after the last unsaved edit; nothing when there is none.
+    std::optional<std::string> current(const std::string& id) const;
+    std::size_t steps(const std::string& id) const;
+    void push(const std::string& id, std::string bytes);
+    // Drops the last unsaved edit; false when there is none.
+    bool undo(const std::string& id);
+    void clear(const std::string& id);
+
+  private:
+    mutable std::mutex mutex_;
+    std::map<std::string, std::vector<std::string>> steps_;
+};
+
+// A temporary file for one answer, named after `name`; and its bytes, the file removed once read.
+std::string temporaryFile(const std::string& name);
+std::string readAndRemove(const std::string& path);
+// The bytes of a whole model file as `model` would be saved.
+std::string bytesOf(velmora::MDLObject& model);
 
 // Answers kept for as long as the file they are about is unchanged.
 class AnswerCache {
@@ -88,16 +119,34 @@ velmora::EditRequest editRequestOfBody(const std::string& body, bool& save);
 std::string textureFolderFor(const velmora::MDLObject& model, const std::string& path,
                              const std::string& textures);
 
-// The routes: the model list, a model's info, thumbnail and glTF, its edit, and the page.
+// The routes: the model list, a model's info, thumbnail, glTF, listing and scenario, its edits,
+// undo and save, and the page.
 struct Studio {
     Catalogue catalogue;
     std::string textures;
     AnswerCache thumbnails;
     AnswerCache records;  // of the model list, as JSON text
+    Drafts drafts;
+
+    // The model as the studio shows it: with its unsaved edits, else as its file holds it.
+    std::shared_ptr<velmora::MDLObject> load(const Entry& entry) const;
+    // Forgets the answers about the entry after it changed.
+    void changed(const Entry& entry);
 };
+// The record of a model in the model list.
+json recordOf(const Studio& studio, const Entry& entry, const velmora::MDLObject& model);
 void addModelRoutes(httplib::Server& server, Studio& studio);
+void addViewRoutes(httplib::Server& server, Studio& studio);
 void addEditRoute(httplib::Server& server, Studio& studio);
+void addSaveRoutes(httplib::Server& server, Studio& studio);
 void addPage(httplib::Server& server);
+// The page's HTML and its bundled script, embedded when the tool was built.
+std::string_view pageHtml();
+std::string_view pageScript();
+
+// The scenario the address asks for, as --day, --season, --night and --set give it; a bad value
+// is a UsageError.
+RenderOptions scenarioOptions(const httplib::Request& request);
 
 // Answers with JSON; with {"error": message} for a failure.
 void answerJson(httplib::Response& response, const json& body, int status = 200);

@@ -43,7 +43,7 @@ void serveUntilStopped(httplib::Server& server) {
 void serve(const StudioOptions& o) {
     const std::vector<std::string> folders =
         o.folders.empty() ? std::vector<std::string>{"."} : o.folders;
-    studio::Studio studio{studio::Catalogue(folders, o.followLinks), o.textures, {}, {}};
+    studio::Studio studio{studio::Catalogue(folders, o.followLinks), o.textures, {}, {}, {}};
     httplib::Server server;
     server.set_payload_max_length(1 << 20);
     const int port = listenOn(server, o.port);
@@ -54,7 +54,9 @@ void serve(const StudioOptions& o) {
     const std::string token = studio::newToken();
     studio::guardRequests(server, port, token);
     studio::addModelRoutes(server, studio);
+    studio::addViewRoutes(server, studio);
     studio::addEditRoute(server, studio);
+    studio::addSaveRoutes(server, studio);
     studio::addPage(server);
 
     const std::string url = "http://127.0.0.1:" + std::to_string(port) + "/?token=" + token;
