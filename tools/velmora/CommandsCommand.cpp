@@ -49,9 +49,7 @@ json commandsReport(const std::string& path, const velmora::BGLCommandList& list
     return {{"format", kJsonFormat}, {"file", path}, {"commands", commands}};
 }
 
-namespace {
-
-std::string listing(const velmora::BGLCommandList& list) {
+std::string commandsListing(const velmora::BGLCommandList& list) {
     std::ostringstream out;
     int32_t position = 0;
     for (const auto& command : list) {
@@ -70,6 +68,8 @@ std::string listing(const velmora::BGLCommandList& list) {
     return out.str();
 }
 
+namespace {
+
 FileResult commandsOf(const BatchInput& input, bool asJson) {
     FileResult result;
     const auto model = loadModel(input.path);
@@ -77,7 +77,7 @@ FileResult commandsOf(const BatchInput& input, bool asJson) {
     if (asJson) {
         result.records = {commandsReport(input.path, *model->BGLCommandList())};
     } else {
-        result.text = listing(*model->BGLCommandList());
+        result.text = commandsListing(*model->BGLCommandList());
     }
     result.models = 1;
     return result;

@@ -13,6 +13,9 @@ json modelReport(const std::string& path, const velmora::MDLObject& model);
 // The command stream as JSON (see docs/json.md): each command's position, opcode, name,
 // parameters and jump destinations.
 json commandsReport(const std::string& path, const velmora::BGLCommandList& list);
+// The command stream as text, a line a command: "4  BGL_CALL_32 8 -> 6", with "  (list N)" after
+// a command of a list.
+std::string commandsListing(const velmora::BGLCommandList& list);
 
 // The report as text for people.
 void printReport(const json& report, std::ostream& out);

@@ -14,6 +14,9 @@ void addPage(httplib::Server& server) {
         const std::string_view script = pageScript();
         response.set_content(script.data(), script.size(), "text/javascript; charset=utf-8");
     });
+    // The page has no icon; browsers ask for one anyway.
+    server.Get("/favicon.ico",
+               [](const httplib::Request&, httplib::Response& response) { response.status = 204; });
 }
 
 }  // namespace tool::studio

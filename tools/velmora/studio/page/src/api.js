@@ -27,6 +27,12 @@ async function request(path, options = {}) {
 
 export const get = (path) => request(path);
 
+export async function getText(path) {
+  const response = await fetch(path, { credentials: 'same-origin' });
+  if (!response.ok) throw new ApiError(response.status, { error: await response.text() });
+  return response.text();
+}
+
 export const post = (path, body = {}) =>
   request(path, {
     method: 'POST',

@@ -51,10 +51,11 @@ function seasonsOf(runs) {
   );
 }
 
-export function showInfo(container, info, onCommand) {
+// `title` names the model for people; `onCommand(position)` shows a command in the listing.
+export function showInfo(container, info, title, onCommand) {
   const go = (position) => el('a', { href: '#', onclick: (e) => (e.preventDefault(), onCommand(position)) }, position);
   fill(container, [
-    el('p', {}, el('strong', {}, info.file)),
+    el('p', {}, el('strong', {}, title)),
     el(
       'p',
       {},

@@ -5,15 +5,10 @@ import { el } from './dom.js';
 const rowHeight = 20;
 const spare = 10;
 
-function parameter(value) {
-  if (value !== null && typeof value === 'object') return value.text ?? JSON.stringify(value);
-  return String(value);
-}
-
 export class Listing {
   constructor(container) {
     this.container = container;
-    this.commands = [];
+    this.lines = [];
     this.reversed = new Set();
     this.spacer = el('div');
     this.rows = el('div');
@@ -22,28 +17,31 @@ export class Listing {
     new ResizeObserver(() => this.draw()).observe(container);
   }
 
-  show(commands, reversed) {
-    this.commands = commands;
+  // `lines` are the listing's, a command each: "4  BGL_CALL_32 8 -> 6".
+  show(lines, reversed) {
+    this.lines = lines;
     this.reversed = new Set(reversed);
-    this.spacer.style.height = `${commands.length * rowHeight}px`;
+    this.spacer.style.height = `${lines.length * rowHeight}px`;
     this.drawn = null;
     this.draw();
   }
 
-  row(command) {
-    const jumps = command.jumps.map((jump) =>
-      el('a', { onclick: () => this.goTo(jump.target) }, ` → ${jump.target}`),
+  // A row: the position apart, and each jump's destination a link to it.
+  row(index) {
+    const position = index + 1;
+    const text = this.lines[index].slice(String(position).length + 2);
+    const parts = text.split(/-> (\d+)/).map((part, i) =>
+      i % 2 ? el('a', { onclick: () => this.goTo(Number(part)) }, `-> ${part}`) : part,
     );
     return el(
       'div',
       {
-        class: `row${this.reversed.has(command.position) ? ' reversed' : ''}`,
-        style: `top:${(command.position - 1) * rowHeight}px`,
-        'data-position': command.position,
+        class: `row${this.reversed.has(position) ? ' reversed' : ''}`,
+        style: `top:${index * rowHeight}px`,
+        'data-position': position,
       },
-      el('span', { class: 'at' }, command.position),
-      `${command.name} ${command.params.map(parameter).join(', ')}`,
-      jumps,
+      el('span', { class: 'at' }, position),
+      parts,
     );
   }
 
@@ -51,10 +49,12 @@ export class Listing {
     const top = this.container.scrollTop;
     const height = this.container.clientHeight || 600;
     const first = Math.max(0, Math.floor(top / rowHeight) - spare);
-    const last = Math.min(this.commands.length, Math.ceil((top + height) / rowHeight) + spare);
+    const last = Math.min(this.lines.length, Math.ceil((top + height) / rowHeight) + spare);
     if (this.drawn && this.drawn[0] === first && this.drawn[1] === last) return;
     this.drawn = [first, last];
-    this.rows.replaceChildren(...this.commands.slice(first, last).map((c) => this.row(c)));
+    const rows = [];
+    for (let index = first; index < last; index += 1) rows.push(this.row(index));
+    this.rows.replaceChildren(...rows);
   }
 
   // Scrolls the command at `position` (from 1) into sight.

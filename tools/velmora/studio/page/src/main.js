@@ -1,6 +1,6 @@
 // The studio's page: the folder's models (#/) and one model (#/model/ID), with its 3D view,
 // info, command listing and repairs.
-import { get, modelPath } from './api.js';
+import { get, getText, modelPath } from './api.js';
 import { $, status } from './dom.js';
 import { setUpFolder, showFolder } from './grid.js';
 import { showInfo } from './info.js';
@@ -26,7 +26,8 @@ async function showModel(id) {
   const [records, known] = await Promise.all([get('/api/models'), get(modelPath(id, 'scenario'))]);
   const record = records.find((r) => r.id === id);
   if (!record) return status('No model has this id.', true);
-  $('where').textContent = record.editable ? record.file : `${record.file} #${record.model}`;
+  const title = record.editable ? record.file : `${record.file} #${record.model}`;
+  $('where').textContent = title;
 
   let info = null;
   const controls = new ScenarioControls($('scenario'), known, () => redraw(false));
@@ -47,12 +48,12 @@ async function showModel(id) {
 
   const showState = async (newInfo) => {
     info = newInfo;
-    showInfo($('info'), info, (position) => {
+    showInfo($('info'), info, title, (position) => {
       showPane('listing');
       listing.goTo(position);
     });
-    const commands = await get(modelPath(id, 'commands'));
-    listing.show(commands.commands, info.reversedTriangles);
+    const commands = await getText(modelPath(id, 'commands.txt'));
+    listing.show(commands.split('\n').filter(Boolean), info.reversedTriangles);
     document.body.dataset.guard = info.guard.formula;
   };
   modelRepairs($('repairs'), record, async (newInfo) => {

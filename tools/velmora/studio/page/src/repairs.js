@@ -164,15 +164,17 @@ export function modelRepairs(container, model, changed) {
   }
 
   fill(container, [
-    form.node,
     el(
       'div',
       { class: 'actions' },
       el('button', { class: 'primary', onclick: () => preview(false) }, 'Preview edit'),
+      undo,
+      save,
+      saveAs,
     ),
-    outcome,
     unsaved,
-    el('div', { class: 'actions' }, undo, save, saveAs),
+    outcome,
+    form.node,
   ]);
   show();
 }
@@ -228,11 +230,16 @@ export function batchRepairs(container, selected, changed) {
 
   fill(container, [
     el('h2', {}, 'Repair the selection'),
-    form.node,
+    el(
+      'div',
+      { class: 'actions' },
+      el('button', { class: 'primary', onclick: apply }, 'Preview on selection'),
+      saveAll,
+      undoAll,
+    ),
     el('label', {}, force, ' force (make edits the tool would refuse)'),
-    el('div', { class: 'actions' }, el('button', { class: 'primary', onclick: apply }, 'Preview on selection')),
     results,
-    el('div', { class: 'actions' }, saveAll, undoAll),
+    form.node,
   ]);
   show();
 }
