@@ -77,6 +77,40 @@ report=$(cd "$root/tests/gltf" && node validate.mjs "$place/façade.glb")
 echo "export-gltf: $report"
 echo "$report" | grep -q '"errors":0,"warnings":0,' || fail "export-gltf: the validator objects"
 
+# The studio: it serves this folder's models, their pictures and the page, and previews an edit
+# without writing it.
+mkdir -p "studio été" && cp "façade 1.mdl" "pad été.mdl" scène.bgl "studio été/"
+(cd "studio été" && exec wine "$exe" studio . --no-browser >../studio.out 2>../studio.err) &
+studio=$!
+for _ in $(seq 1 100); do
+    [ -s studio.out ] && break
+    sleep 0.3
+done
+address=$(head -1 studio.out | tr -d '\r')
+if [ -z "$address" ]; then
+    fail "velmora studio printed no address: $(cat studio.err)"
+else
+    base=${address%%/?token=*}
+    token="Authorization: Bearer ${address##*token=}"
+    models=$(curl -sf -H "$token" "$base/api/models" || true)
+    count=$(echo "$models" | python3 -c "import json, sys; print(len(json.load(sys.stdin)))" ||
+        echo 0)
+    echo "studio: $count models at $base"
+    [ "$count" = 5 ] || fail "studio: $count models listed instead of 5"
+    id=$(echo "$models" | python3 -c \
+        "import json, sys; print([m['id'] for m in json.load(sys.stdin) if m['file'] == 'façade 1.mdl'][0])")
+    curl -sf -H "$token" "$base/api/models/$id/thumbnail.png" -o studio.png ||
+        fail "studio: no thumbnail"
+    [ "$(head -c 4 studio.png | tail -c 3)" = PNG ] || fail "studio: the thumbnail is no PNG"
+    curl -sf -H "$token" "$base/" | grep -q studio.js || fail "studio: no page"
+    before=$(md5sum <"studio été/façade 1.mdl")
+    curl -sf -H "$token" -d '{"condition": ["between 500 1 2"], "save": false}' \
+        "$base/api/models/$id/edit" | grep -q '500 in 1..2' || fail "studio: the edit failed"
+    [ "$(md5sum <"studio été/façade 1.mdl")" = "$before" ] || fail "studio: a preview wrote the file"
+fi
+kill "$studio" 2>/dev/null || true
+wait "$studio" 2>/dev/null || true
+
 # Another project built on the library from the zip's CMake package, with the same compiler.
 package="$(dirname "$(dirname "$exe")")"
 cmake -S "$root/tests/consumer" -B "$work/consumer" -DCMAKE_BUILD_TYPE=Release \

@@ -18,7 +18,7 @@ packages=(
 # Wine's own recommendations (its OpenGL, fonts) are what the preview's tests need under it.
 with_recommends=()
 if [ "${1:-}" = windows ]; then
-    packages+=(g++-mingw-w64-x86-64-posix googletest wine wine64 xvfb xauth)
+    packages+=(g++-mingw-w64-x86-64-posix googletest wine wine64 xvfb xauth curl)
     with_recommends=(wine wine64)
 fi
 # Node.js runs the glTF readers of tests/gltf; a machine that has it from elsewhere keeps it.

@@ -28,7 +28,35 @@ if [ ! -f "$deps/lib/cmake/GTest/GTestConfig.cmake" ]; then
     cmake --install "$out/googletest" >/dev/null
 fi
 
+# cpp-httplib as the one header its authors ship, for the studio: Debian's installed header only
+# declares (its code is in a Linux library), so the header comes from Debian's source package,
+# with Debian's patches, fetched once with apt's own tools into the deps folder.
+if [ ! -f "$deps/httplib/httplib.h" ]; then
+    echo "Fetching cpp-httplib's source package from Debian"
+    source_dir="$out/httplib-source"
+    rm -rf "$source_dir"
+    mkdir -p "$source_dir/lists/partial"
+    printf '%s\n' "Types: deb-src" "URIs: http://deb.debian.org/debian" \
+        "Suites: bookworm bookworm-updates" "Components: main" \
+        "Signed-By: /usr/share/keyrings/debian-archive-keyring.gpg" >"$source_dir/debian.sources"
+    apt_options=(-o Dir::Etc::SourceList="$source_dir/debian.sources" -o Dir::Etc::SourceParts=/dev/null
+        -o Dir::State::Lists="$source_dir/lists")
+    apt-get "${apt_options[@]}" update -qq
+    (cd "$source_dir" && apt-get "${apt_options[@]}" source -qq --download-only cpp-httplib \
+        2>/dev/null)
+    (cd "$source_dir" && for archive in *.tar.*; do tar xf "$archive"; done)
+    upstream=$(dirname "$(ls "$source_dir"/*/httplib.h | head -1)")
+    if [ -f "$source_dir/debian/patches/series" ]; then
+        while read -r patch; do
+            [ -n "$patch" ] && patch -s -d "$upstream" -p1 <"$source_dir/debian/patches/$patch"
+        done <"$source_dir/debian/patches/series"
+    fi
+    mkdir -p "$deps/httplib"
+    cp "$upstream/httplib.h" "$deps/httplib/httplib.h"
+fi
+
 cmake -S "$root" -B "$out/build" -DCMAKE_TOOLCHAIN_FILE="$toolchain" -DCMAKE_BUILD_TYPE=Release \
+    -DVELMORA_HTTPLIB_INCLUDE="$deps/httplib" \
     -DCMAKE_PREFIX_PATH="$deps" -DCMAKE_CXX_STANDARD_INCLUDE_DIRECTORIES="$deps/include" \
     -DCMAKE_CROSSCOMPILING_EMULATOR="$root/scripts/wine-run.sh" -DVELMORA_BUILD_BENCH=OFF \
     -DVELMORA_PREVIEW=ON >/dev/null

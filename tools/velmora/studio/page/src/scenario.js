@@ -10,7 +10,13 @@ export class ScenarioControls {
   constructor(container, known, changed) {
     this.season = el(
       'select',
-      { id: 'season', onchange: changed },
+      {
+        id: 'season',
+        onchange: () => {
+          this.day.disabled = Boolean(this.season.value);
+          changed();
+        },
+      },
       el('option', { value: '' }, 'day of year'),
       seasons.map((s) => el('option', { value: s }, s)),
     );

@@ -42,8 +42,11 @@ export class ModelView {
   }
 
   // Shows the glTF at `url`; the first model shown, or `reframe`, sets the camera to fit it.
+  // A glTF that arrives after a later one was asked for is dropped.
   async show(url, reframe) {
+    const ticket = (this.ticket = (this.ticket ?? 0) + 1);
     const gltf = await new GLTFLoader().loadAsync(url);
+    if (ticket !== this.ticket) return;
     if (this.model) {
       this.scene.remove(this.model);
       dispose(this.model);
