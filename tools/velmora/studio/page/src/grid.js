@@ -6,7 +6,13 @@ import { batchRepairs } from './repairs.js';
 let models = [];
 const selection = new Set();
 
-const filters = ['filter-name', 'filter-guard', 'filter-reversed', 'filter-seasons', 'filter-lights'];
+const filters = [
+  'filter-name',
+  'filter-guard',
+  'filter-reversed',
+  'filter-seasons',
+  'filter-lights',
+];
 
 function shown(model) {
   const name = $('filter-name').value.trim().toLowerCase();
@@ -35,7 +41,12 @@ function card(model) {
     },
   });
   if (model.error) {
-    return el('div', { class: 'card' }, el('div', { class: 'name' }, model.file), el('div', { class: 'guard' }, model.error));
+    return el(
+      'div',
+      { class: 'card' },
+      el('div', { class: 'name' }, model.file),
+      el('div', { class: 'guard' }, model.error),
+    );
   }
   // The thumbnail's address changes with the model, so that an edited model is drawn afresh.
   const version = `${model.commands}-${model.vertices}-${model.unsaved}-${encodeURIComponent(model.guard ?? '')}`;
@@ -57,7 +68,9 @@ function card(model) {
     el(
       'div',
       {},
-      model.reversedTriangles ? el('span', { class: 'badge bad' }, `${model.reversedTriangles} reversed`) : null,
+      model.reversedTriangles
+        ? el('span', { class: 'badge bad' }, `${model.reversedTriangles} reversed`)
+        : null,
       model.seasons ? el('span', { class: 'badge' }, 'seasons') : null,
       model.lights ? el('span', { class: 'badge' }, `${model.lights} lights`) : null,
       model.unsaved ? el('span', { class: 'badge unsaved' }, 'unsaved') : null,

@@ -30,9 +30,11 @@ export class Listing {
   row(index) {
     const position = index + 1;
     const text = this.lines[index].slice(String(position).length + 2);
-    const parts = text.split(/-> (\d+)/).map((part, i) =>
-      i % 2 ? el('a', { onclick: () => this.goTo(Number(part)) }, `-> ${part}`) : part,
-    );
+    const parts = text
+      .split(/-> (\d+)/)
+      .map((part, i) =>
+        i % 2 ? el('a', { onclick: () => this.goTo(Number(part)) }, `-> ${part}`) : part,
+      );
     return el(
       'div',
       {

@@ -43,7 +43,9 @@ async function showModel(id) {
       status(error.message ?? String(error), true);
     }
   };
-  controls.bothSides.addEventListener('change', () => view.setBothSides(controls.bothSides.checked));
+  controls.bothSides.addEventListener('change', () =>
+    view.setBothSides(controls.bothSides.checked),
+  );
   controls.reversed.addEventListener('change', () => redraw(false));
 
   const showState = async (newInfo) => {

@@ -12,7 +12,11 @@ const lines = (text) =>
 // The form of the edit options; read() gives them by the edit command's long names.
 function repairForm() {
   const conditions = el('textarea', { rows: 3, placeholder: 'between 798 3 5\nmask 250 1' });
-  const combine = el('select', {}, ['and', 'or', 'not', 'nor'].map((c) => el('option', {}, c)));
+  const combine = el(
+    'select',
+    {},
+    ['and', 'or', 'not', 'nor'].map((c) => el('option', {}, c)),
+  );
   const clear = el('input', { type: 'checkbox' });
   const rotate = el(
     'select',
@@ -158,7 +162,10 @@ export function modelRepairs(container, model, changed) {
   }
 
   function askName() {
-    const base = model.file.split('/').pop().replace(/\.[^.]*$/, '');
+    const base = model.file
+      .split('/')
+      .pop()
+      .replace(/\.[^.]*$/, '');
     const name = prompt('Save as (a file name beside the model):', `${base}-edited.mdl`);
     if (name) run('save', { as: name });
   }

@@ -20,7 +20,14 @@ export class ScenarioControls {
       el('option', { value: '' }, 'day of year'),
       seasons.map((s) => el('option', { value: s }, s)),
     );
-    this.day = el('input', { type: 'number', id: 'day', min: 1, max: 366, value: 172, onchange: changed });
+    this.day = el('input', {
+      type: 'number',
+      id: 'day',
+      min: 1,
+      max: 366,
+      value: 172,
+      onchange: changed,
+    });
     this.night = el('input', { type: 'checkbox', id: 'night', onchange: changed });
     this.bothSides = el('input', { type: 'checkbox', id: 'both-sides' });
     this.reversed = el('input', { type: 'checkbox', id: 'show-reversed', checked: true });
@@ -28,11 +35,20 @@ export class ScenarioControls {
     const inputs = known.variables.map(({ variable, value }) => {
       const input =
         variable === complexity
-          ? el('select', { onchange: changed }, [0, 1, 2, 3, 4, 5].map((n) => el('option', { value: n, selected: n === value }, n)))
+          ? el(
+              'select',
+              { onchange: changed },
+              [0, 1, 2, 3, 4, 5].map((n) => el('option', { value: n, selected: n === value }, n)),
+            )
           : el('input', { type: 'number', value, onchange: changed });
       input.dataset.variable = variable;
       this.variables.set(variable, input);
-      return el('label', {}, variable === complexity ? 'complexity' : `variable ${variable}`, input);
+      return el(
+        'label',
+        {},
+        variable === complexity ? 'complexity' : `variable ${variable}`,
+        input,
+      );
     });
     const drawn = Object.entries(known.drawnWith);
     fill(container, [
@@ -43,7 +59,11 @@ export class ScenarioControls {
       el('label', {}, this.bothSides, 'both sides'),
       el('label', {}, this.reversed, 'reversed in red'),
       drawn.length
-        ? el('span', { class: 'note' }, `shown with ${drawn.map(([v, n]) => `${v}=${n}`).join(', ')}: its guard hides it otherwise`)
+        ? el(
+            'span',
+            { class: 'note' },
+            `shown with ${drawn.map(([v, n]) => `${v}=${n}`).join(', ')}: its guard hides it otherwise`,
+          )
         : null,
     ]);
   }
@@ -54,7 +74,8 @@ export class ScenarioControls {
     if (this.season.value) query.set('season', this.season.value);
     else if (this.day.value) query.set('day', this.day.value);
     if (this.night.checked) query.set('night', '1');
-    for (const [variable, input] of this.variables) query.append('set', `${variable}=${input.value}`);
+    for (const [variable, input] of this.variables)
+      query.append('set', `${variable}=${input.value}`);
     return query.toString();
   }
 }
