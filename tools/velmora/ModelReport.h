@@ -10,6 +10,12 @@ namespace tool {
 // guard of the guarded call, the seasonal runs, the lights, the size tests and the kill shadow.
 json modelReport(const std::string& path, const velmora::MDLObject& model);
 
+// What `commands --json` tells about a command list: each command with its parameters and jumps.
+json commandsReport(const std::string& path, const velmora::BGLCommandList& list);
+
+// What `scan --json` tells about the model at 1-based `index` of the compiled file `file`.
+json compiledModelReport(const std::string& file, int index, const velmora::MDLObject& model);
+
 // The report as text for people.
 void printReport(const json& report, std::ostream& out);
 
