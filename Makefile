@@ -24,7 +24,7 @@ test: setup
 # The same Release build as the demo's, packed by CPack into build/release/velmora_<version>_amd64.deb.
 package: setup
 	@cmake -S . -B build/release -DCMAKE_BUILD_TYPE=Release -DVELMORA_BUILD_TESTS=OFF -DVELMORA_BUILD_BENCH=OFF -DVELMORA_PREVIEW=ON >/dev/null
-	@cmake --build build/release -j $(JOBS) --target velmora velmora_cli
+	@cmake --build build/release -j $(JOBS) --target velmora velmora_cli velmora_c
 	@cd build/release && rm -f velmora_*.deb && cpack -G DEB >/dev/null
 	@ls build/release/velmora_*.deb
 
