@@ -21,8 +21,11 @@ velmora_scan* velmora_scan_open(const char* path) {
         scan->models = bgl.ModelList();
         tool::json records = tool::json::array();
         int index = 0;
-        for (const auto& model : *scan->models)
-            records.push_back(tool::compiledModelReport(path, ++index, *model));
+        for (const auto& model : *scan->models) {
+            tool::json record = tool::compiledModelReport(path, ++index, *model);
+            record["format"] = tool::kJsonFormat;
+            records.push_back(record);
+        }
         scan->records = records.dump(-1, ' ', false, tool::json::error_handler_t::replace);
     });
     return code == VELMORA_OK ? scan.release() : nullptr;
