@@ -19,7 +19,8 @@ done
 [ -n "$python" ] || { echo "no Python 3 with numpy (python3-numpy)" >&2; exit 1; }
 
 echo "== the Python package ($("$python" --version))"
-PYTHONPATH="$packages" "$python" -m unittest discover -s "$root/tests/python" -t "$root/tests/python"
+PYTHONPATH="$packages" "$python" -m unittest discover -s "$root/tests/python" \
+    -t "$root/tests/python"
 
 if ! command -v blender >/dev/null; then
     echo "== the Blender add-on: skipped, Blender is not installed"

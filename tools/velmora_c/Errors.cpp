@@ -27,6 +27,11 @@ tool::json platformError(int number, const char* description) {
     return {{"number", number}, {"source", "Velmora"}, {"description", description}};
 }
 
+// "FILE: what", or what alone without a file.
+std::string placed(const std::string& file, const std::string& what) {
+    return file.empty() ? what : file + ": " + what;
+}
+
 tool::json contextOf(const velmora::Error& error) {
     tool::json said{{"number", error.number()},
                     {"source", error.source()},
@@ -67,9 +72,9 @@ int guarded(const std::string& file, const std::function<void()>& work) {
         said["file"] = error.file();
         remember(tool::saidOf(error), said);
     } catch (const std::bad_alloc&) {
-        remember(file + ": out of memory", platformError(7, "Out of memory"));
+        remember(placed(file, "out of memory"), platformError(7, "Out of memory"));
     } catch (const std::exception& error) {
-        remember(file + ": " + error.what(),
+        remember(placed(file, error.what()),
                  platformError(5, "Invalid procedure call or argument"));
     }
     return VELMORA_FAILED;

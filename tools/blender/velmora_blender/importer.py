@@ -29,7 +29,7 @@ def _texture_folders(path, chosen):
 
 
 def _find_image(name, folders):
-    """The file of a texture by its name, without regard to case, in the first folder that has it."""
+    """The file of a texture by its name, whatever its case, in the first folder that has it."""
     wanted = os.path.basename(name.replace("\\", "/")).lower()
     for folder in folders:
         for entry in sorted(os.listdir(folder)):

@@ -125,9 +125,10 @@ class Model:
         # For a model of a compiled file: what `velmora scan --json` says of it.
         self.record = record
 
-    def close(self):
+    def close(self, _close=lib.velmora_close):
+        # The function is bound early: at the interpreter's exit the module may be gone first.
         if self._handle:
-            lib.velmora_close(self._handle)
+            _close(self._handle)
             self._handle = None
 
     def __del__(self):
