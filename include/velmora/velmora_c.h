@@ -65,7 +65,8 @@ VELMORA_C_API const char* velmora_last_error(void);
  * otherwise; 0 before any. */
 VELMORA_C_API int velmora_last_error_number(void);
 /* All of it as a JSON object: "message", "number", "source", "description", "refused" (true
- * for a refused edit) and, where known, "file", "section", "offset", "command", "reasons". */
+ * for a refused edit) and, where known, "file", "section", "offset", "command", "detail" (what
+ * happened, in plain words) and "reasons" (what a refused edit would do wrong, a line each). */
 VELMORA_C_API const char* velmora_last_error_json(void);
 
 /* Loads a model file (.mdl); NULL when it fails. */
