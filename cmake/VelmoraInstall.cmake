@@ -1,6 +1,6 @@
-# Install rules: the static library with its public headers, the velmora tool, a CMake package
-# (find_package(velmora) gives velmora::velmora) and a pkg-config file, each of which finds the
-# preview's libraries again where the preview is built in.
+# Install rules: the static library with its public headers, the velmora tool, the C interface's
+# shared library, a CMake package (find_package(velmora) gives velmora::velmora) and a pkg-config
+# file, each of which finds the preview's libraries again where the preview is built in.
 include(CMakePackageConfigHelpers)
 
 set(VELMORA_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/velmora)
@@ -11,6 +11,12 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/velmora DESTINATION ${CMAKE_INST
         FILES_MATCHING PATTERN "*.h")
 if(TARGET velmora_cli)
     install(TARGETS velmora_cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
+# The C interface: libvelmora_c.so in the library folder; on Windows velmora_c.dll beside the tool
+# and its import library in the library folder. Its header is one of include/velmora.
+if(TARGET velmora_c)
+    install(TARGETS velmora_c LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+            RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 endif()
 
 install(EXPORT velmoraTargets NAMESPACE velmora:: DESTINATION ${VELMORA_CMAKE_DIR})

@@ -1,9 +1,10 @@
 # The Debian package (`make package`, or cpack in a build folder): one package, velmora, with the
-# library, its headers, the CMake package, the pkg-config file, the tool, the README and the
-# licence, installed under /usr.
+# library, its headers, the CMake package, the pkg-config file, the tool, the C interface's shared
+# library, the README and the licence, installed under /usr.
 #
 # On Windows it is a zip instead, velmora-<version>-windows-x86_64.zip, whose one folder holds the
-# tool, the library, the headers, the CMake package, the README, the licence and the samples.
+# tool, velmora_c.dll, the library, the headers, the CMake package, the README, the licence and
+# the samples.
 if(WIN32)
     set(CPACK_GENERATOR ZIP)
     set(CPACK_PACKAGE_FILE_NAME velmora-${PROJECT_VERSION}-windows-x86_64)
@@ -22,8 +23,9 @@ set(CPACK_PACKAGE_DESCRIPTION
     "Velmora opens scenery models (RIFF files of form MDL9), shows their tables and command
 streams, edits them, writes them back byte-exact, draws a preview, exports an assembler-style
 listing and an OpenFlight database, and finds the models inside compiled scenery files.
-This package holds the velmora command-line tool and the static C++20 library with its
-headers, its CMake package (find_package(velmora)) and its pkg-config file.")
+This package holds the velmora command-line tool, the static C++20 library with its
+headers, its CMake package (find_package(velmora)) and its pkg-config file, and the C
+interface (velmora_c.h, libvelmora_c.so) for C, C#, Delphi and Python hosts.")
 set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
 set(CPACK_RESOURCE_FILE_README ${PROJECT_SOURCE_DIR}/README.md)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Builds the library and the velmora tool in the four build types with GCC and with Clang, with
-# warnings as errors, and says how long each build took. The builds go to build/matrix/ and are
-# kept, so a second run only rebuilds what changed.
+# Builds the library, the velmora tool and the C interface in the four build types with GCC and
+# with Clang, with warnings as errors, and says how long each build took. The builds go to
+# build/matrix/ and are kept, so a second run only rebuilds what changed.
 # Usage: scripts/build-matrix.sh [plain|sanitize|both]     (default: plain)
 #   sanitize: with AddressSanitizer and UndefinedBehaviorSanitizer; both: each build type twice.
 # Environment: COMPILERS (default "gcc clang"), BUILD_TYPES (default "Debug Release
@@ -42,7 +42,7 @@ for compiler in "${compilers[@]}"; do
                 -DVELMORA_PREVIEW=ON -DVELMORA_BUILD_TESTS=OFF -DVELMORA_BUILD_BENCH=OFF \
                 >"$dir/configure.log" 2>&1; then
                 result="configure failed, see $dir/configure.log"
-            elif ! cmake --build "$dir" -j "$jobs" --target velmora velmora_cli -- -k \
+            elif ! cmake --build "$dir" -j "$jobs" --target velmora velmora_cli velmora_c -- -k \
                 >"$dir/build.log" 2>&1; then
                 result="failed, see $dir/build.log"
             elif grep -q 'warning:' "$dir/build.log"; then

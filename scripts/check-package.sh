@@ -18,6 +18,8 @@ dpkg-deb -c "$deb" | awk '{print $6}' | sed 's|^\./|/|' | grep -v '/$' | sort >"
 cat "$work/files"
 {
     printf '%s\n' /usr/bin/velmora /usr/lib/libvelmora.a /usr/lib/pkgconfig/velmora.pc \
+        /usr/lib/libvelmora_c.so "/usr/lib/libvelmora_c.so.${version%.*}" \
+        "/usr/lib/libvelmora_c.so.$version" \
         /usr/share/doc/velmora/README.md /usr/share/doc/velmora/LICENSE \
         /usr/share/doc/velmora/copyright
     for f in velmoraConfig.cmake velmoraConfigVersion.cmake velmoraTargets.cmake \

@@ -2,7 +2,7 @@
 # Checks the Windows tool from its zip as a user would have it: unpacked in a folder whose name
 # holds a space and an accent, in a fresh Wine prefix, on models with such names. Its text and
 # files must be those of the Linux tool; its picture must show the model; its glTF must pass the
-# Khronos validator.
+# Khronos validator; a C program on its velmora_c.dll must open, save and refuse as on Linux.
 #   check-windows.sh ZIP LINUX_TOOL
 set -euo pipefail
 
@@ -120,6 +120,16 @@ cmake -S "$root/tests/consumer" -B "$work/consumer" -DCMAKE_BUILD_TYPE=Release \
 counted=$(wine "$work/consumer/count_model.exe" "$root/samples/building.mdl" | tr -d '\r')
 echo "$counted" | grep -q "^commands [1-9]" || fail "the program built on the zip reads no model"
 echo "a program built on the zip's library: $(echo "$counted" | tr '\n' ' ')"
+
+# A C program built on the zip's C interface (velmora_c.h, velmora_c.dll), run beside the DLL.
+capi="$work/capi"
+mkdir -p "$capi"
+cp "$package/bin/velmora_c.dll" "$root/samples/building.mdl" "$capi/"
+x86_64-w64-mingw32-gcc-posix -std=c99 -Wall -Werror -I"$package/include" \
+    "$root/tests/capi/OpenSaveDamaged.c" -L"$package/lib" -lvelmora_c -o "$capi/capi.exe" ||
+    fail "a C program can't be built on the zip's velmora_c.h and velmora_c.dll"
+(cd "$capi" && wine capi.exe building.mdl scratch | tr -d '\r') ||
+    fail "the C program on the zip's velmora_c.dll failed"
 
 if [ "$failures" -ne 0 ]; then
     echo "$failures check(s) of the Windows tool failed" >&2

@@ -12,7 +12,8 @@ packages=(
     openscenegraph
     libcli11-dev nlohmann-json3-dev libcpp-httplib-dev
     clang libclang-rt-14-dev
-    python3
+    python3 python3-numpy
+    blender
     chromium assimp-utils
 )
 # Wine's own recommendations (its OpenGL, fonts) are what the preview's tests need under it.

@@ -80,40 +80,6 @@ void addEditOptions(CLI::App& command, EditOptions& o) {
 
 }  // namespace
 
-velmora::EditRequest editRequestOf(const EditTexts& o) {
-    velmora::EditRequest request = o.request;
-    const auto parsed = [](const std::string& option, const std::string& text, auto parse) {
-        try {
-            return parse(text);
-        } catch (const velmora::Error& e) {
-            throw UsageError("bad " + option + " '" + text + "': " + e.detail());
-        }
-    };
-    for (const auto& text : o.conditions)
-        request.conditions.push_back(parsed("--condition", text, velmora::parseCondition));
-    for (const auto& text : o.seasons)
-        request.seasons.push_back(parsed("--seasons", text, velmora::SeasonsEdit::parse));
-    for (const auto& text : o.textureSizes)
-        request.textureSizes.push_back(
-            parsed("--texture-size", text, velmora::TextureSizeEdit::parse));
-    if (!o.combine.empty()) request.combine = velmora::combinationNamed(o.combine);
-    if (!o.rotate.empty())
-        request.rotate = o.rotate == "user" ? velmora::RotUser : velmora::RotWind;
-    if (request.addKillShadow && request.removeKillShadow) {
-        throw UsageError("--add-kill-shadow and --remove-kill-shadow exclude each other");
-    }
-    return request;
-}
-
-ToolError editRefusal(const velmora::EditRefused& refused, const std::string& path) {
-    return ToolError(path, refused.detail(), "use --force " + refused.whenForced());
-}
-
-std::string saidOf(const ToolError& error) {
-    return (error.file().empty() ? "" : error.file() + ": ") + error.what() +
-           (error.hint().empty() ? "" : "; " + error.hint());
-}
-
 void addEditCommand(CLI::App& app) {
     auto* command = addCommand(app, "edit", "Change a model and save it",
                                "velmora edit MODEL.mdl [-o OUT.mdl] [edits]");

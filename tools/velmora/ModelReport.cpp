@@ -10,6 +10,19 @@ namespace tool {
 
 namespace {
 
+// A parameter as a number where its text is one, with the text beside it where JSON writes the
+// number otherwise ("1E+10"); a text that is no number as it is.
+json parameterJson(const std::string& text) {
+    const json number = jsonNumber(text);
+    if (number.is_null()) {
+        json param;
+        putModelText(param, "text", text);
+        return param.size() == 1 ? param["text"] : param;
+    }
+    if (number.dump() == text) return number;
+    return {{"value", number}, {"text", text}};
+}
+
 // A parameter's text as a number where it is one.
 json numberOrText(const std::string& text) {
     const json number = jsonNumber(text);
@@ -163,6 +176,68 @@ json modelReport(const std::string& path, const velmora::MDLObject& model) {
     out["killShadow"] = velmora::shadowKindOf(model) == velmora::ShadowKind::KillShadow;
     out["reversedTriangles"] = velmora::reversedTriangles(model);
     return out;
+}
+
+json commandsReport(const std::string& path, const velmora::BGLCommandList& list) {
+    json commands = json::array();
+    int32_t position = 0;
+    for (const auto& command : list) {
+        ++position;
+        const velmora::BGLCommandDictEntry* row =
+            velmora::BGLOpcodeDictionary::row(command->opcode());
+        json entry{{"position", position},
+                   {"opcode", command->opcode()},
+                   {"name", velmora::BGLOpcodeDictionary::nameOf(command->opcode())}};
+        json params = json::array();
+        json jumps = json::array();
+        for (int16_t i = 0; row != nullptr && i < row->numParam; ++i)
+            params.push_back(parameterJson(command->param(i)));
+        for (int16_t i = 0; row != nullptr && i < row->numParam; ++i) {
+            if (row->isJump[static_cast<std::size_t>(i)]) {
+                jumps.push_back({{"param", i}, {"target", command->jumpDest(i)}});
+            }
+        }
+        entry["params"] = params;
+        entry["jumps"] = jumps;
+        if (command->parent() != 0) entry["list"] = command->parent();
+        commands.push_back(entry);
+    }
+    return {{"format", kJsonFormat}, {"file", path}, {"commands", commands}};
+}
+
+std::string commandsListing(const velmora::BGLCommandList& list) {
+    std::ostringstream out;
+    int32_t position = 0;
+    for (const auto& command : list) {
+        ++position;
+        const velmora::BGLCommandDictEntry* row =
+            velmora::BGLOpcodeDictionary::row(command->opcode());
+        out << position << "  " << velmora::BGLOpcodeDictionary::nameOf(command->opcode());
+        const int16_t count = row != nullptr ? row->numParam : 0;
+        for (int16_t i = 0; i < count; ++i) {
+            out << (i == 0 ? " " : ", ") << modelText(command->param(i));
+            if (row->isJump[static_cast<std::size_t>(i)]) out << " -> " << command->jumpDest(i);
+        }
+        if (command->parent() != 0) out << "  (list " << command->parent() << ")";
+        out << "\n";
+    }
+    return out.str();
+}
+
+json compiledModelReport(const std::string& file, int index, const velmora::MDLObject& model) {
+    json entry{{"file", file},
+               {"model", index},
+               {"size", model.getRIFFSectionSize(0) + 8},
+               {"vertices", model.VertexList()->Count()},
+               {"materials", model.MaterialList()->Count()},
+               {"textures", model.TextureList()->Count()},
+               {"commands", model.BGLCommandList()->Count()}};
+    const std::string guid = velmora::guidText(model.sceneryGuid());
+    entry["guid"] = guid.empty() ? json(nullptr) : json(guid);
+    putModelText(entry, "isft", model.isftText());
+    const velmora::GuardAnalysis guard(*model.BGLCommandList());
+    entry["guard"] = guard.guardedCall() == 0 ? json(nullptr) : json(guard.formula());
+    return entry;
 }
 
 namespace {

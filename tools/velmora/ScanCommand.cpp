@@ -1,4 +1,5 @@
 #include "Batch.h"
+#include "ModelReport.h"
 #include "Rendering.h"
 
 #include <cstdio>
@@ -47,18 +48,7 @@ void scanFile(const std::string& file, const ScanOptions& o, const RenderSetting
     int index = 0;
     for (const auto& model : *models) {
         ++index;
-        json entry{{"file", file},
-                   {"model", index},
-                   {"size", model->getRIFFSectionSize(0) + 8},
-                   {"vertices", model->VertexList()->Count()},
-                   {"materials", model->MaterialList()->Count()},
-                   {"textures", model->TextureList()->Count()},
-                   {"commands", model->BGLCommandList()->Count()}};
-        const std::string guid = velmora::guidText(model->sceneryGuid());
-        entry["guid"] = guid.empty() ? json(nullptr) : json(guid);
-        putModelText(entry, "isft", model->isftText());
-        const velmora::GuardAnalysis guard(*model->BGLCommandList());
-        entry["guard"] = guard.guardedCall() == 0 ? json(nullptr) : json(guard.formula());
+        json entry = compiledModelReport(file, index, *model);
         if (!o.extract.empty()) {
             const std::string folder =
                 into.empty() ? o.extract : textOf(pathOf(o.extract) / pathOf(into));

@@ -76,6 +76,13 @@ struct EditTexts {
 // The texts in the library's terms; a text it doesn't understand is a UsageError naming the
 // option ("--condition").
 velmora::EditRequest editRequestOf(const EditTexts& texts);
+// The edit command's options by their long names as a JSON object ({"add-kill-shadow": true,
+// "condition": ["between 798 2 5"]}), as the studio and the C interface take them. Anything
+// else, or a value of the wrong kind, is a UsageError. Where `save` is given, "save": false
+// sets it false (it is true otherwise).
+velmora::EditRequest editRequestOfOptions(const json& options, bool* save = nullptr);
+// The same options as a JSON text, the body of the studio's edit request.
+velmora::EditRequest editRequestOfBody(const std::string& body, bool& save);
 // How the tool says a refused edit of the model at `path`: what it would do wrong, and --force.
 ToolError editRefusal(const velmora::EditRefused& refused, const std::string& path);
 // A ToolError in one line, as the tool prints it after its command's name: "FILE: what; hint".

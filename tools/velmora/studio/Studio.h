@@ -109,11 +109,6 @@ std::string newToken();
 // when the page is asked for with the token in its address.
 void guardRequests(httplib::Server& server, int port, const std::string& token);
 
-// The body of an edit request: the edit command's options by their long names. Anything else,
-// or a value of the wrong kind, is a UsageError. `save` is false when the body says
-// "save": false.
-velmora::EditRequest editRequestOfBody(const std::string& body, bool& save);
-
 // Where a model's textures are found: --textures, the folder beside it, or a "texture" or
 // "textures" folder next to it, whichever holds the most of its textures.
 std::string textureFolderFor(const velmora::MDLObject& model, const std::string& path,

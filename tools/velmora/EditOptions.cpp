@@ -1,8 +1,9 @@
-#include "Studio.h"
+#include "Tool.h"
 
 #include <functional>
+#include <map>
 
-namespace tool::studio {
+namespace tool {
 
 namespace {
 
@@ -78,17 +79,14 @@ std::map<std::string, Reader> readers() {
 
 }  // namespace
 
-velmora::EditRequest editRequestOfBody(const std::string& body, bool& save) {
-    const json options = json::parse(body, nullptr, false);
-    if (options.is_discarded() || !options.is_object()) {
-        throw UsageError("the body is not a JSON object of edit options");
-    }
+velmora::EditRequest editRequestOfOptions(const json& options, bool* save) {
+    if (!options.is_object()) throw UsageError("the edit options are not a JSON object");
     static const std::map<std::string, Reader> known = readers();
     EditTexts texts;
-    save = true;
+    if (save != nullptr) *save = true;
     for (const auto& [name, value] : options.items()) {
-        if (name == "save") {
-            save = flagOf(name, value);
+        if (save != nullptr && name == "save") {
+            *save = flagOf(name, value);
             continue;
         }
         const auto reader = known.find(name);
@@ -98,4 +96,46 @@ velmora::EditRequest editRequestOfBody(const std::string& body, bool& save) {
     return editRequestOf(texts);
 }
 
-}  // namespace tool::studio
+velmora::EditRequest editRequestOfBody(const std::string& body, bool& save) {
+    const json options = json::parse(body, nullptr, false);
+    if (options.is_discarded() || !options.is_object()) {
+        throw UsageError("the body is not a JSON object of edit options");
+    }
+    return editRequestOfOptions(options, &save);
+}
+
+velmora::EditRequest editRequestOf(const EditTexts& o) {
+    velmora::EditRequest request = o.request;
+    const auto parsed = [](const std::string& option, const std::string& text, auto parse) {
+        try {
+            return parse(text);
+        } catch (const velmora::Error& e) {
+            throw UsageError("bad " + option + " '" + text + "': " + e.detail());
+        }
+    };
+    for (const auto& text : o.conditions)
+        request.conditions.push_back(parsed("--condition", text, velmora::parseCondition));
+    for (const auto& text : o.seasons)
+        request.seasons.push_back(parsed("--seasons", text, velmora::SeasonsEdit::parse));
+    for (const auto& text : o.textureSizes)
+        request.textureSizes.push_back(
+            parsed("--texture-size", text, velmora::TextureSizeEdit::parse));
+    if (!o.combine.empty()) request.combine = velmora::combinationNamed(o.combine);
+    if (!o.rotate.empty())
+        request.rotate = o.rotate == "user" ? velmora::RotUser : velmora::RotWind;
+    if (request.addKillShadow && request.removeKillShadow) {
+        throw UsageError("--add-kill-shadow and --remove-kill-shadow exclude each other");
+    }
+    return request;
+}
+
+ToolError editRefusal(const velmora::EditRefused& refused, const std::string& path) {
+    return ToolError(path, refused.detail(), "use --force " + refused.whenForced());
+}
+
+std::string saidOf(const ToolError& error) {
+    return (error.file().empty() ? "" : error.file() + ": ") + error.what() +
+           (error.hint().empty() ? "" : "; " + error.hint());
+}
+
+}  // namespace tool
