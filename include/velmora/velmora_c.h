@@ -15,8 +15,10 @@
  *     velmora_model* model = velmora_open("building.mdl");
  *     if (!model) { fprintf(stderr, "%s\n", velmora_last_error()); return 1; }
  *     puts(velmora_info_json(model));
- *     if (velmora_add_kill_shadow(model) != VELMORA_OK || velmora_save(model, "out.mdl") !=
- * VELMORA_OK) fprintf(stderr, "%s\n", velmora_last_error()); velmora_close(model);
+ *     if (velmora_add_kill_shadow(model) != VELMORA_OK ||
+ *         velmora_save(model, "out.mdl") != VELMORA_OK)
+ *         fprintf(stderr, "%s\n", velmora_last_error());
+ *     velmora_close(model);
  */
 #ifndef VELMORA_C_H
 #define VELMORA_C_H
