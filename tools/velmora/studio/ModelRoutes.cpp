@@ -2,10 +2,7 @@
 #include "../Rendering.h"
 #include "Studio.h"
 
-#include <atomic>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
 namespace tool::studio {
 
